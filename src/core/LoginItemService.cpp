@@ -102,18 +102,4 @@ void LoginItemService::setEnabled(bool enabled) const {
         throw Error("The login entry " + entryPath() + " couldn’t be removed (" + std::strerror(errno) + ").");
 }
 
-std::optional<std::string> setLaunchAtLogin(BrimvaleSettings& settings, bool value, const LoginItemService& service,
-                                            const std::function<void()>& save) {
-    settings.launchAtLogin = value;
-    save();
-    try {
-        service.setEnabled(value);
-        return std::nullopt;
-    } catch (const std::exception& e) {
-        settings.launchAtLogin = service.status() == LoginItemService::Status::enabled;
-        save();
-        return std::string("Launch at login couldn’t be changed. ") + e.what();
-    }
-}
-
 } // namespace bv

@@ -1,10 +1,6 @@
 #pragma once
-#include <functional>
-#include <optional>
 #include <stdexcept>
 #include <string>
-
-#include "core/BrimvaleSettings.h"
 
 namespace bv {
 
@@ -41,13 +37,5 @@ private:
     std::string directory_;
     std::string executable_;
 };
-
-// The launchAtLogin setter: stores and saves the wish, then registers or unregisters. On a
-// failure the field takes what the service now reports, is saved again, and the result is
-// the error message for the user ("Launch at login couldn’t be changed. " and the reason).
-// `save` writes "settings.json".
-[[nodiscard]] std::optional<std::string> setLaunchAtLogin(BrimvaleSettings& settings, bool value,
-                                                          const LoginItemService& service,
-                                                          const std::function<void()>& save);
 
 } // namespace bv
