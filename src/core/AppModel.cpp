@@ -10,6 +10,7 @@
 
 #include <dirent.h>
 
+#include "core/ActionLog.h"
 #include "core/UserDefaults.h"
 #include "core/qt/RepeatingClock.h"
 #include "core/qt/VolumeWatcher.h"
@@ -44,6 +45,7 @@ AppModel::AppModel(bool loadLiveData, QObject* parent)
     readVolume_ = [](const std::string& home, TimePoint now) { return readVolume(home, now); };
     now_ = [] { return Clock::now(); };
     clock_ = new RepeatingClock(this);
+    setUpActivityLog();
     if (!loadLiveData_) return;
 
     // Construction reads each state file once, in a fixed order, before the first frame.
@@ -52,12 +54,14 @@ AppModel::AppModel(bool loadLiveData, QObject* parent)
     history_ = SpaceHistory::accepting(store_.load(SpaceHistory::fileName(), SpaceHistory::fromJson), replaced);
     if (replaced) saveHistory();
     sessionBaseline_ = history_.lastQuit;
+    logEntries_ = loadLog(store_);
     settings_ = store_.load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson).value_or(BrimvaleSettings{});
     if (settings_.installationID.empty()) {
         settings_.installationID = Uuid::generate().text();
         saveSettings();
     }
     storageScanning_ = true;
+    updateActivityLog();
 }
 
 AppModel::~AppModel() {

@@ -1,8 +1,9 @@
 #pragma once
 #include <QDateTime>
 #include <QObject>
-#include <QString>
 #include <QStringList>
+#include <QUrl>
+#include <QString>
 #include <QVariantList>
 #include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
@@ -13,11 +14,13 @@
 #include <string>
 #include <vector>
 
+#include "core/ActionLogEntry.h"
 #include "core/AppPersistence.h"
 #include "core/BrimvaleSettings.h"
 #include "clean/CleanupPlan.h"
 #include "core/FolderAccess.h"
 #include "core/SidebarSection.h"
+#include "core/qt/ActivityLog.h"
 #include "foundation/CalendarContext.h"
 #include "foundation/Uuid.h"
 #include "space/NewToday.h"
@@ -31,6 +34,7 @@ class QQmlEngine;
 class QJSEngine;
 namespace bv {
 class VolumeWatcher;
+class NotificationCenter;
 
 struct CleanupNotice {
     std::string title;
@@ -79,6 +83,8 @@ class AppModel : public QObject {
     Q_PROPERTY(QString cleanupSheetMode READ cleanupSheetModeText NOTIFY cleanupSheetChanged)
     Q_PROPERTY(QStringList cleanupExcluded READ cleanupExcludedList NOTIFY cleanupExcludedChanged)
     Q_PROPERTY(QVariantMap folderState READ folderStateMap NOTIFY folderStateChanged)
+    Q_PROPERTY(bv::ActivityLog* activityLog READ activityLog CONSTANT)
+    Q_PROPERTY(QString pendingWatchPath READ pendingWatchPath NOTIFY watchRequestChanged)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -132,6 +138,34 @@ public:
     Q_INVOKABLE void setLowSpaceGigabytes(qint64 gigabytes);
     Q_INVOKABLE void setLowSpacePercent(qint64 percent);
     Q_INVOKABLE void setPlaySounds(bool on);
+
+    // ---- activity log (AppModelLog.cpp) -------------------------------------------------
+    // The one way into the log: newest first, capped, saved, counted in the lifetime
+    // figures; a newly reached milestone is posted as a notification.
+    void addLogEntries(const std::vector<ActionLogEntry>& entries);
+    // Empties History and saves "log.json"; the lifetime counters stay.
+    Q_INVOKABLE void clearLog();
+    [[nodiscard]] const std::vector<ActionLogEntry>& logEntries() const { return logEntries_; }
+    [[nodiscard]] ActivityLog* activityLog() const { return activityLog_; }
+
+    // ---- notifications, links, login item (AppModelSystem.cpp) -------------------------
+    // Silent when notifications are not registered (a model without live data) or the
+    // desktop has no notification server.
+    void postNotification(const std::string& title, const std::string& body);
+    void postLowSpaceAlert(const std::string& body);
+    // brimvale://watch and brimvale://scan; false leaves the link to other handlers.
+    Q_INVOKABLE bool handleLink(const QUrl& url);
+    // What a later start handed over: links, "--watch-folder PATH...", "--review-clean".
+    // Anything else just brings the window forward.
+    void handleInstanceArguments(const QStringList& arguments);
+    // The file manager's "Watch with Build Watch": the first folder among `paths` is taken;
+    // with none, the answer is the text to show ("Choose a folder to watch.").
+    [[nodiscard]] std::optional<QString> watchFolderService(const QStringList& paths);
+    // A folder someone asked to watch, waiting for the user; nothing is watched until then.
+    [[nodiscard]] QString pendingWatchPath() const { return pendingWatchPath_.value_or(QString()); }
+    [[nodiscard]] bool pendingWatchFromLink() const { return pendingWatchFromLink_; }
+    // "enabled", "requiresApproval" or "off", as the autostart entry stands.
+    Q_INVOKABLE QString loginItemStatus() const;
 
     // ---- state -------------------------------------------------------------------------
     [[nodiscard]] bool loadLiveData() const { return loadLiveData_; }
@@ -248,6 +282,10 @@ signals:
     void cleanupExcludedChanged();
     void cleanupSheetChanged();
     void folderStateChanged();
+    void logEntriesChanged();
+    void watchRequestChanged();
+    // A link asked for a fresh look; the pass it runs follows at once.
+    void linkPassStarted();
 
 private:
     void saveSettings() const;
@@ -275,6 +313,12 @@ private:
     [[nodiscard]] std::optional<std::string> applyLoginItem(bool enabled); // error text, if any
     [[nodiscard]] bool loginItemEnabled() const;
     void dueChecksOnTick();
+    void setUpActivityLog();
+    void updateActivityLog();
+    void runLinkPass();
+    void requestWatch(const QString& path, bool fromLink);
+    // The total Smart Clean would offer now; the streak counts a clear disk as a tidy day.
+    [[nodiscard]] std::int64_t reclaimableTotal() const;
 
     const bool loadLiveData_;
     AppPersistence store_;
@@ -319,6 +363,11 @@ private:
     bool isCleanupSheetPresented_ = false;
     std::optional<FolderAccess> folderAccess_; // made on first use, from the model's store
     FolderAccessState folderState_;
+    std::vector<ActionLogEntry> logEntries_;
+    ActivityLog* activityLog_ = nullptr;
+    NotificationCenter* notifications_ = nullptr;
+    std::optional<QString> pendingWatchPath_;
+    bool pendingWatchFromLink_ = false;
 };
 
 } // namespace bv

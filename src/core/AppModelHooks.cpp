@@ -12,14 +12,6 @@ void AppModel::seedDefaultRules() {
     saveSettings();
 }
 
-// Activity log: bring the lifetime counters up to the log.
-void AppModel::backfillLifetimeCounters() {}
-
-// Notifications: the low-space category and the action router.
-void AppModel::registerNotifications() {}
-
-// Links: the "brimvale:" handler and the folder hand-over.
-void AppModel::installLinkService() {}
 
 // Auto-Arrange: bring the live watcher in line with the rules.
 void AppModel::alignArrangeWatcher() {}
@@ -31,9 +23,8 @@ void AppModel::evaluateLowSpace(const VolumeSnapshot&, TimePoint) {}
 void AppModel::playCue(const char*, double) {}
 void AppModel::reevaluateCues() {}
 
-// Login item: register or unregister; the error text when that failed.
-std::optional<std::string> AppModel::applyLoginItem(bool) { return std::nullopt; }
-bool AppModel::loginItemEnabled() const { return settings_.launchAtLogin; }
+// Smart Clean: the reclaimable total of the current scan results.
+std::int64_t AppModel::reclaimableTotal() const { return 0; }
 
 // The tick's due checks after the refresh: Autopilot, Auto-Sort, Auto-Arrange, Build Watch
 // and the build suggestion scan, in that order, each guarded by its own in-flight flag.

@@ -6,14 +6,20 @@
 #include <QQmlContext>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QTimer>
 
 #include "core/AppModel.h"
+#include "core/qt/SingleInstance.h"
 
 void qml_register_types_Brimvale_Core();
 
 namespace bv {
 
 QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
+    // Symbol icons come from the desktop's theme; without one (a bare session, offscreen
+    // rendering) Adwaita stands in.
+    if (QIcon::fallbackThemeName().isEmpty() || QIcon::fallbackThemeName() == QLatin1String("hicolor"))
+        QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
     AppModel::setQmlInstance(&model);
     static const bool registered = [] {
         qml_register_types_Brimvale_Core();
@@ -26,6 +32,9 @@ QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
 }
 
 int runGuiApplication(int argc, char** argv) {
+    // Our own arguments, read before the application object takes Qt's out of argv.
+    QStringList ownArguments;
+    for (int i = 1; i < argc; ++i) ownArguments << QString::fromLocal8Bit(argv[i]);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Brimvale"));
     QApplication::setOrganizationName(QStringLiteral("Brimvale"));
@@ -50,6 +59,14 @@ int runGuiApplication(int argc, char** argv) {
         window->raise();
         window->requestActivate();
     });
+    // Later starts hand their links and folders over the instance socket.
+    SingleInstance instance;
+    if (!qEnvironmentVariableIsSet("BV_EXIT_AFTER_FIRST_FRAME")) {
+        (void)instance.listen();
+        QObject::connect(&instance, &SingleInstance::argumentsReceived, &model, &AppModel::handleInstanceArguments);
+    }
+    if (!ownArguments.isEmpty())
+        QTimer::singleShot(0, &model, [&model, ownArguments] { model.handleInstanceArguments(ownArguments); });
     QObject::connect(&app, &QGuiApplication::applicationStateChanged, &model, [&model](Qt::ApplicationState state) {
         if (state == Qt::ApplicationActive) {
             model.recheckFullDiskAccess();

@@ -81,6 +81,7 @@ ApplicationWindow {
         Sidebar {
             Layout.fillHeight: true
             selected: window.selection
+            badges: ({ activity: AppModel.activityLog.weekBadge })
             onChosen: name => window.select(name)
         }
         Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.border }
@@ -95,7 +96,7 @@ ApplicationWindow {
             PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
             PlaceholderPage { title: "Autopilot"; tagline: "Build folders gone on a schedule" }
             PlaceholderPage { title: "Space Map"; tagline: "Every byte, biggest first" }
-            PlaceholderPage { title: "History"; tagline: "Everything you got back" }
+            HistoryPage {}
             PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
             PlaceholderPage { title: "Auto-Arrange"; tagline: "Files to their folder, by name" }
         }

@@ -1,0 +1,67 @@
+#include "core/qt/HistoryListModel.h"
+
+#include "core/SymbolIcons.h"
+#include "foundation/ByteText.h"
+
+namespace bv {
+namespace {
+
+QString q(const std::string& s) { return QString::fromStdString(s); }
+
+} // namespace
+
+int HistoryListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+}
+
+QVariant HistoryListModel::data(const QModelIndex& index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) return {};
+    const Row& r = rows_[static_cast<std::size_t>(index.row())];
+    switch (static_cast<Role>(role)) {
+    case Role::dayTitle: return r.dayTitle;
+    case Role::dayTotalText: return r.dayTotalText;
+    case Role::title: return r.title;
+    case Role::subtitle: return r.subtitle;
+    case Role::sizeText: return r.sizeText;
+    case Role::timeText: return r.timeText;
+    case Role::iconName: return r.iconName;
+    case Role::sourcePath: return r.sourcePath;
+    case Role::destinationPath: return r.destinationPath;
+    }
+    if (role == Qt::DisplayRole) return r.title;
+    return {};
+}
+
+QHash<int, QByteArray> HistoryListModel::roleNames() const {
+    return {{int(Role::dayTitle), "dayTitle"},     {int(Role::dayTotalText), "dayTotalText"},
+            {int(Role::title), "title"},           {int(Role::subtitle), "subtitle"},
+            {int(Role::sizeText), "sizeText"},     {int(Role::timeText), "timeText"},
+            {int(Role::iconName), "iconName"},     {int(Role::sourcePath), "sourcePath"},
+            {int(Role::destinationPath), "destinationPath"}};
+}
+
+void HistoryListModel::setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar) {
+    std::vector<Row> rows;
+    for (const auto& day : days) {
+        const QString dayTitle = q(day.title);
+        const QString total = day.total >= 1 ? q(byteText(day.total)) : QString();
+        for (const auto& e : day.entries) {
+            rows.push_back({dayTitle, total, q(e.title), q(e.subtitle),
+                            // A move frees nothing; its row shows no size rather than "0 GB".
+                            e.bytesReclaimed >= 1 ? q(byteText(e.bytesReclaimed)) : QString(),
+                            q(calendar.shortTime(e.date)), q(freedesktopIconName(e.symbolName)), q(e.sourcePath),
+                            q(e.destinationPath.value_or(std::string()))});
+        }
+    }
+    beginResetModel();
+    rows_ = std::move(rows);
+    endResetModel();
+}
+
+QString HistoryListModel::totalTextForDay(const QString& dayTitle) const {
+    for (const auto& r : rows_)
+        if (r.dayTitle == dayTitle) return r.dayTotalText;
+    return {};
+}
+
+} // namespace bv

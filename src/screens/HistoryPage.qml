@@ -1,0 +1,322 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Brimvale.Core
+
+// Everything that moved or removed a file, by day, with the week's total, the streak and a
+// search over names, details and folders. Clearing it puts nothing back.
+Item {
+    id: page
+    property string title: "History"
+    property string tagline: "Everything you got back"
+    readonly property var log: AppModel.activityLog
+
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.leftMargin: 28
+        anchors.rightMargin: 28
+        spacing: Theme.spacing
+
+        Item { implicitHeight: 0 }
+        RowLayout {
+            Layout.fillWidth: true
+            SectionHeader { title: page.title; tagline: page.tagline }
+            Button {
+                text: "Review && Clean"
+                Layout.alignment: Qt.AlignTop
+                onClicked: AppModel.requestCleanupSheet()
+            }
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: Theme.spacing
+
+            Card {
+                title: "This week"
+                Layout.preferredWidth: 2
+                RowLayout {
+                    spacing: 18
+                    ColumnLayout {
+                        spacing: 2
+                        Text {
+                            text: page.log.weekTotalText
+                            font.pixelSize: 26
+                            font.weight: Font.Bold
+                            color: page.log.weekBytes >= 1 ? Theme.positive : Theme.text
+                        }
+                        Text {
+                            text: page.log.weekCaption
+                            font.pixelSize: Theme.bodySize
+                            color: Theme.secondaryText
+                        }
+                        Text {
+                            visible: text.length > 0
+                            text: page.log.lifetimeText
+                            font.pixelSize: Theme.captionSize
+                            color: Theme.tertiaryText
+                            Layout.topMargin: 4
+                        }
+                    }
+                    Item { Layout.fillWidth: true }
+                    // Seven days, oldest first; the bar height follows the day's bytes.
+                    Row {
+                        id: bars
+                        spacing: 6
+                        readonly property real peak: {
+                            let m = 0
+                            for (const b of page.log.weekBars) m = Math.max(m, b.bytes)
+                            return m
+                        }
+                        Repeater {
+                            model: page.log.weekBars
+                            delegate: Column {
+                                required property var modelData
+                                required property int index
+                                spacing: 4
+                                Item {
+                                    width: 18
+                                    height: 56
+                                    Rectangle {
+                                        anchors.bottom: parent.bottom
+                                        width: parent.width
+                                        radius: 3
+                                        height: bars.peak > 0 ? Math.max(3, parent.height * modelData.bytes / bars.peak) : 3
+                                        color: modelData.bytes > 0 ? Theme.accent : "#e1e5ec"
+                                    }
+                                    ToolTip.visible: barHover.hovered && modelData.text.length > 0
+                                    ToolTip.text: modelData.text
+                                    HoverHandler { id: barHover }
+                                }
+                                Text {
+                                    text: modelData.label
+                                    width: 18
+                                    horizontalAlignment: Text.AlignHCenter
+                                    font.pixelSize: Theme.captionSize
+                                    font.weight: index === 6 ? Font.DemiBold : Font.Normal
+                                    color: index === 6 ? Theme.text : Theme.tertiaryText
+                                }
+                            }
+                        }
+                    }
+                }
+            }
+
+            Card {
+                title: "Streak"
+                Layout.preferredWidth: 1
+                Layout.fillHeight: true
+                Text {
+                    text: page.log.streakText
+                    font.pixelSize: page.log.streak > 0 ? 26 : Theme.headingSize
+                    font.weight: page.log.streak > 0 ? Font.Bold : Font.Normal
+                    color: Theme.text
+                    wrapMode: Text.WordWrap
+                    Layout.fillWidth: true
+                }
+                Text {
+                    visible: page.log.streak > 0
+                    text: page.log.streakCaption
+                    font.pixelSize: Theme.bodySize
+                    color: Theme.secondaryText
+                }
+                Item { Layout.fillHeight: true }
+            }
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 10
+            TextField {
+                id: search
+                Layout.fillWidth: true
+                placeholderText: page.log.searchHint
+                text: page.log.query
+                onTextEdited: page.log.query = text
+                selectByMouse: true
+                Accessible.name: "Search History"
+            }
+            Button {
+                text: page.log.clearButton
+                enabled: !page.log.isEmpty
+                onClicked: clearDialog.open()
+            }
+        }
+
+        Rectangle {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.bottomMargin: 20
+            color: Theme.card
+            radius: Theme.radius
+            border.color: Theme.border
+            clip: true
+
+            ListView {
+                id: list
+                anchors.fill: parent
+                anchors.margins: 1
+                model: page.log.entries
+                boundsBehavior: Flickable.StopAtBounds
+                ScrollBar.vertical: ScrollBar {}
+                section.property: "dayTitle"
+                section.criteria: ViewSection.FullString
+                section.delegate: Rectangle {
+                    required property string section
+                    width: ListView.view.width
+                    height: 34
+                    color: "#f1f3f6"
+                    RowLayout {
+                        anchors.fill: parent
+                        anchors.leftMargin: 16
+                        anchors.rightMargin: 16
+                        Text {
+                            text: section
+                            font.pixelSize: Theme.bodySize
+                            font.weight: Font.DemiBold
+                            color: Theme.text
+                            Layout.fillWidth: true
+                        }
+                        Text {
+                            text: page.log.entries.totalTextForDay(section)
+                            visible: text.length > 0
+                            font.pixelSize: Theme.bodySize
+                            font.weight: Font.DemiBold
+                            color: Theme.positive
+                        }
+                    }
+                }
+                delegate: Item {
+                    id: row
+                    required property string title
+                    required property string subtitle
+                    required property string sizeText
+                    required property string timeText
+                    required property string iconName
+                    required property string sourcePath
+                    required property string destinationPath
+                    width: ListView.view.width
+                    implicitHeight: 62
+
+                    RowLayout {
+                        anchors.fill: parent
+                        anchors.leftMargin: 14
+                        anchors.rightMargin: 16
+                        spacing: 12
+                        Rectangle {
+                            implicitWidth: 32
+                            implicitHeight: 32
+                            radius: 16
+                            color: Theme.accentSoft
+                            Button {
+                                anchors.centerIn: parent
+                                flat: true
+                                padding: 0
+                                focusPolicy: Qt.NoFocus
+                                hoverEnabled: false
+                                display: AbstractButton.IconOnly
+                                icon.name: row.iconName
+                                icon.width: 16
+                                icon.height: 16
+                                icon.color: Theme.accent
+                                background: Item {}
+                                Accessible.ignored: true
+                            }
+                        }
+                        ColumnLayout {
+                            Layout.fillWidth: true
+                            spacing: 1
+                            Text {
+                                text: row.title
+                                font.pixelSize: Theme.bodySize
+                                font.weight: Font.DemiBold
+                                color: Theme.text
+                                elide: Text.ElideRight
+                                Layout.fillWidth: true
+                            }
+                            Text {
+                                text: row.subtitle
+                                visible: text.length > 0
+                                font.pixelSize: Theme.captionSize + 1
+                                color: Theme.secondaryText
+                                elide: Text.ElideRight
+                                Layout.fillWidth: true
+                            }
+                            Text {
+                                text: row.destinationPath.length > 0 ? row.sourcePath + "  →  " + row.destinationPath
+                                                                     : row.sourcePath
+                                font.pixelSize: Theme.captionSize
+                                color: Theme.tertiaryText
+                                elide: Text.ElideMiddle
+                                Layout.fillWidth: true
+                            }
+                        }
+                        ColumnLayout {
+                            spacing: 1
+                            Text {
+                                text: row.sizeText
+                                visible: text.length > 0
+                                font.pixelSize: Theme.bodySize
+                                font.weight: Font.DemiBold
+                                color: Theme.text
+                                Layout.alignment: Qt.AlignRight
+                            }
+                            Text {
+                                text: row.timeText
+                                font.pixelSize: Theme.captionSize
+                                color: Theme.tertiaryText
+                                Layout.alignment: Qt.AlignRight
+                            }
+                        }
+                    }
+                    Rectangle {
+                        anchors.bottom: parent.bottom
+                        anchors.left: parent.left
+                        anchors.leftMargin: 58
+                        anchors.right: parent.right
+                        height: 1
+                        color: Theme.border
+                    }
+                }
+            }
+
+            Text {
+                anchors.centerIn: parent
+                width: parent.width - 80
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.WordWrap
+                visible: list.count === 0
+                text: page.log.isEmpty ? "Nothing here yet. Every file Brimvale moves or removes is listed here."
+                                       : "Nothing in History matches “" + page.log.query.trim() + "”."
+                font.pixelSize: Theme.bodySize
+                color: Theme.secondaryText
+            }
+        }
+    }
+
+    Dialog {
+        id: clearDialog
+        title: page.log.clearTitle
+        modal: true
+        anchors.centerIn: parent
+        Label {
+            text: page.log.clearMessage
+            wrapMode: Text.WordWrap
+            width: 340
+        }
+        footer: DialogButtonBox {
+            Button {
+                text: page.log.cancelButton
+                DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+            }
+            Button {
+                text: page.log.clearButton
+                DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
+                onClicked: {
+                    AppModel.clearLog()
+                    clearDialog.close()
+                }
+            }
+        }
+    }
+}

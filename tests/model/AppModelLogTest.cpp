@@ -1,0 +1,195 @@
+#include <gtest/gtest.h>
+
+#include <QAbstractItemModelTester>
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+#include "core/ActionLog.h"
+#include "core/AppModel.h"
+#include "core/qt/NotificationRouter.h"
+#include "foundation/FileIO.h"
+#include "platform/XdgPaths.h"
+#include "support/TestEnvironment.h"
+
+using namespace bv;
+
+namespace {
+
+const CalendarContext kCalendar("en_US", "Europe/Berlin");
+const TimePoint kNow = kCalendar.date(2026, 11, 17, 12); // a Tuesday
+
+ActionLogEntry entry(const std::string& title, std::int64_t bytes, TimePoint date, std::string source = "/home/u/x") {
+    ActionLogEntry e;
+    e.id = Uuid::generate();
+    e.date = date;
+    e.title = title;
+    e.subtitle = "Moved to the Trash";
+    e.symbolName = "trash";
+    e.bytesReclaimed = bytes;
+    e.sourcePath = std::move(source);
+    return e;
+}
+
+class AppModelLogTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        test::removeTree(XdgPaths::appDataDir());
+        test::removeTree(XdgPaths::configHome() + "/autostart");
+    }
+    void TearDown() override { test::removeTree(XdgPaths::configHome() + "/autostart"); }
+
+    static void pin(AppModel& model) {
+        model.setNow([] { return kNow; });
+        model.setCalendar(kCalendar);
+        model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 500'000'000'000, 80'000'000'000}; });
+    }
+};
+
+} // namespace
+
+TEST_F(AppModelLogTest, AddingSavesBothFilesAndTheScreenFiguresFollow) {
+    AppModel model(true);
+    pin(model);
+    QAbstractItemModelTester tester(model.activityLog()->entries(),
+                                    QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QSignalSpy changed(&model, &AppModel::logEntriesChanged);
+
+    model.addLogEntries({entry("Cleared npm cache", 900'000'000, kCalendar.date(2026, 11, 16, 9)),
+                         entry("Moved report.pdf", 0, kCalendar.date(2026, 11, 16, 9), "/home/u/Downloads/report.pdf")});
+    model.addLogEntries({entry("Removed old build output", 5'100'000'000, kCalendar.date(2026, 11, 17, 10))});
+    EXPECT_EQ(changed.count(), 2);
+
+    // Both files hold what the model holds.
+    const auto saved = loadLog(model.store());
+    EXPECT_EQ(saved, model.logEntries());
+    EXPECT_EQ(saved.front().title, "Removed old build output");
+    const auto settings = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    ASSERT_TRUE(settings);
+    EXPECT_EQ(settings->lifetimeBytesFreed, 6'000'000'000);
+    EXPECT_EQ(settings->lifetimeCleanups, 2);
+    EXPECT_EQ(settings->lastMilestoneBytes, 5'000'000'000);
+
+    ActivityLog* log = model.activityLog();
+    EXPECT_EQ(log->weekBadge(), "6 GB");
+    EXPECT_EQ(log->weekCaption(), "freed since Monday");
+    EXPECT_EQ(log->lifetimeText(), "6 GB freed across 2 cleanups");
+    auto* rows = log->entries();
+    ASSERT_EQ(rows->rowCount(), 3);
+    const auto role = [&](int row, HistoryListModel::Role r) { return rows->data(rows->index(row), int(r)).toString(); };
+    EXPECT_EQ(role(0, HistoryListModel::Role::dayTitle), "Today");
+    EXPECT_EQ(role(0, HistoryListModel::Role::sizeText), "5.1 GB");
+    EXPECT_EQ(role(0, HistoryListModel::Role::iconName), "user-trash-symbolic");
+    EXPECT_EQ(role(1, HistoryListModel::Role::dayTitle), "Yesterday");
+    EXPECT_EQ(role(2, HistoryListModel::Role::sizeText), "") << "a move shows no size";
+    EXPECT_EQ(rows->totalTextForDay("Yesterday"), "900 MB");
+
+    log->setQuery("  downloads ");
+    ASSERT_EQ(rows->rowCount(), 1);
+    EXPECT_EQ(role(0, HistoryListModel::Role::title), "Moved report.pdf");
+
+    // Clearing empties History and its file, and keeps the counters.
+    model.clearLog();
+    EXPECT_TRUE(log->isEmpty());
+    EXPECT_EQ(rows->rowCount(), 0);
+    EXPECT_TRUE(loadLog(model.store()).empty());
+    EXPECT_TRUE(test::exists(model.store().pathOf(kLogFileName)));
+    EXPECT_EQ(model.settings().lifetimeBytesFreed, 6'000'000'000);
+
+    // A new model reads the same log back.
+    model.addLogEntries({entry("again", 1, kNow)});
+    AppModel reopened(true);
+    EXPECT_EQ(reopened.logEntries(), model.logEntries());
+}
+
+TEST_F(AppModelLogTest, StartFillsTheCountersFromAnOlderLogOnce) {
+    {
+        const AppPersistence store = AppPersistence::live();
+        saveLog(store, {entry("a", 2'000'000'000, kCalendar.date(2026, 11, 1, 9, 30, 10)),
+                        entry("b", 1'000'000'000, kCalendar.date(2026, 11, 1, 9, 30, 40)),
+                        entry("c", 3'000'000'000, kCalendar.date(2026, 11, 5, 18))});
+    }
+    AppModel model(true);
+    pin(model);
+    model.start();
+    EXPECT_EQ(model.settings().lifetimeBytesFreed, 6'000'000'000);
+    EXPECT_EQ(model.settings().lifetimeCleanups, 2);
+    EXPECT_EQ(model.settings().lastMilestoneBytes, 5'000'000'000);
+    // The backfill is saved, so the next start leaves it alone.
+    const auto settings = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    ASSERT_TRUE(settings);
+    EXPECT_EQ(settings->lifetimeCleanups, 2);
+}
+
+TEST_F(AppModelLogTest, NotificationClicksAndLinksReachTheModel) {
+    AppModel model(true);
+    pin(model);
+    model.start();
+    QSignalSpy raised(&model, &AppModel::raiseWindowRequested);
+    QSignalSpy focus(&model, &AppModel::focusRequested);
+    QSignalSpy pass(&model, &AppModel::linkPassStarted);
+
+    // Only the review actions and a low-space click open the preview.
+    EXPECT_FALSE(NotificationRouter::shared().route("default", ""));
+    EXPECT_FALSE(model.wantsCleanupSheet());
+    EXPECT_TRUE(NotificationRouter::shared().route("default", "low-space"));
+    EXPECT_TRUE(model.wantsCleanupSheet());
+    EXPECT_EQ(model.focusSection(), "overview");
+    EXPECT_EQ(focus.count(), 1);
+    model.clearWantsCleanupSheet();
+
+    // A scan link from the sibling tool: the banner, the window, and a pass right after.
+    raised.clear();
+    EXPECT_TRUE(model.handleLink(QUrl("brimvale://scan?need=12&source=wardlet")));
+    EXPECT_EQ(model.banner().toStdString(),
+              "Wardlet noticed your Mac needs about 12 GB more free space so it can use swap without freezing. "
+              "Here's what can be cleared safely.");
+    EXPECT_EQ(raised.count(), 1);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pass.count() == 1; }, 2000));
+
+    // Without a source: a pass, and the banner is not touched.
+    model.setBanner(std::nullopt);
+    EXPECT_TRUE(model.handleLink(QUrl("brimvale://scan?need=12")));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pass.count() == 2; }, 2000));
+    EXPECT_TRUE(model.banner().isEmpty());
+
+    // Watch links only remember the folder; a bad one does nothing at all.
+    raised.clear();
+    EXPECT_FALSE(model.handleLink(QUrl("brimvale://watch")));
+    EXPECT_FALSE(model.handleLink(QUrl("brimvale://elsewhere?path=/x")));
+    EXPECT_EQ(raised.count(), 0);
+    EXPECT_TRUE(model.pendingWatchPath().isEmpty());
+    EXPECT_TRUE(model.handleLink(QUrl("brimvale://watch?path=/srv/My%20App")));
+    EXPECT_EQ(model.pendingWatchPath(), "/srv/My App");
+    EXPECT_TRUE(model.pendingWatchFromLink());
+
+    // The file manager's folder action takes the first folder, and refuses files.
+    const std::string dir = test::TestEnvironment::freshFolder("watch me");
+    test::writeFile(dir + "/file.txt", "x");
+    EXPECT_EQ(model.watchFolderService({QString::fromStdString(dir + "/file.txt")}), "Choose a folder to watch.");
+    EXPECT_EQ(model.watchFolderService({}), "Choose a folder to watch.");
+    EXPECT_FALSE(model.watchFolderService({QString::fromStdString(dir + "/file.txt"), QString::fromStdString(dir)}));
+    EXPECT_EQ(model.pendingWatchPath().toStdString(), dir);
+    EXPECT_FALSE(model.pendingWatchFromLink());
+}
+
+TEST_F(AppModelLogTest, LaunchAtLoginFallsBackToTheSystemsAnswerOnFailure) {
+    AppModel model(true);
+    model.setLaunchAtLogin(true);
+    EXPECT_TRUE(model.settings().launchAtLogin);
+    EXPECT_EQ(model.loginItemStatus(), "enabled");
+    EXPECT_TRUE(model.errorMessage().isEmpty());
+    model.setLaunchAtLogin(false);
+    EXPECT_EQ(model.loginItemStatus(), "off");
+
+    // A file where the autostart folder belongs: registering fails even for root.
+    test::removeTree(XdgPaths::configHome() + "/autostart");
+    test::writeFile(XdgPaths::configHome() + "/autostart", "in the way");
+    model.setLaunchAtLogin(true);
+    EXPECT_FALSE(model.settings().launchAtLogin) << "the field takes what the system reports";
+    EXPECT_TRUE(model.errorMessage().startsWith("Launch at login couldn’t be changed. The autostart folder "))
+        << model.errorMessage().toStdString();
+    const auto saved = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    ASSERT_TRUE(saved);
+    EXPECT_FALSE(saved->launchAtLogin);
+}
