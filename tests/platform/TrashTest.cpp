@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "TrashTestSupport.h"
+#include "support/ShellAndMounts.h"
 #include "foundation/FileIO.h"
 #include "platform/Trash.h"
 #include "platform/XdgPaths.h"

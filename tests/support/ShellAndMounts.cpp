@@ -1,4 +1,4 @@
-#include "TrashTestSupport.h"
+#include "support/ShellAndMounts.h"
 
 #include <cstdio>
 #include <dirent.h>
