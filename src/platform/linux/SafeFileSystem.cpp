@@ -1,5 +1,7 @@
 #include "platform/SafeFileSystem.h"
 
+#include "platform/Trash.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -277,7 +279,22 @@ void removePinnedItem(PinnedItem& item) {
     const auto landed = statAt(staging.get(), item.name);
     if (!landed || landed->identity != item.stat.identity) {
         // Someone swapped the entry between our check and the rename: give it back untouched.
-        if (renameNoReplace(staging.get(), item.name, item.parent.get(), item.name) == 0) dropStaging();
+        bool back = false;
+        for (int attempt = 0; attempt < 50 && !back; ++attempt) {
+            back = renameNoReplace(staging.get(), item.name, item.parent.get(), item.name) == 0;
+            if (!back) ::usleep(200);
+        }
+        if (!back && landed) {
+            // Its name is taken again: rather than leave it hidden in the staging folder, it
+            // goes to the Trash with a record of where it came from, where it can be put back.
+            PinnedItem stranger{UniqueFd(::dup(staging.get())), item.parentPath, item.name, *landed};
+            try {
+                (void)Trash::moveToTrash(stranger, Clock::now());
+                back = true;
+            } catch (const std::exception&) {
+            }
+        }
+        if (back) dropStaging();
         throw ItemChangedError(ItemChangedError::Kind::replaced, "“" + shown + "” was replaced by another item.");
     }
     const int e = removeEntryAt(staging.get(), item.name, item.stat.identity.device, 0);

@@ -126,6 +126,18 @@ TrashFolder trashFor(const PinnedItem& item) {
     return openTopdirTrash(item.parentPath, device);
 }
 
+// Returns a stranger that was moved by mistake to the name it came from. Whoever swapped it
+// in may hold that name for an instant, so a few short retries are worth it.
+bool putBack(int fromDir, const std::string& fromName, int toDir, const std::string& toName) {
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        const int e = renameNoReplace(fromDir, fromName, toDir, toName);
+        if (e == 0) return true;
+        if (e != EEXIST && e != ENOTEMPTY) return false;
+        ::usleep(200);
+    }
+    return false;
+}
+
 bool writeAll(int fd, std::string_view text) {
     while (!text.empty()) {
         const ssize_t n = ::write(fd, text.data(), text.size());
@@ -314,7 +326,7 @@ Trash::Landing Trash::moveToTrash(PinnedItem& item, TimePoint now) {
         } catch (const FileSystemError&) {
         }
         if (!landed || landed->identity != item.stat.identity) {
-            if (renameNoReplace(trash.files.get(), trashName, item.parent.get(), item.name) == 0) {
+            if (putBack(trash.files.get(), trashName, item.parent.get(), item.name)) {
                 dropInfo();
                 throw ItemChangedError(ItemChangedError::Kind::replaced,
                                        "“" + original + "” was replaced by another item, which was left where it was.");
