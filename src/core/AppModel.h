@@ -2,15 +2,20 @@
 #include <QDateTime>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
+#include <QVariantMap>
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "core/AppPersistence.h"
 #include "core/BrimvaleSettings.h"
+#include "clean/CleanupPlan.h"
+#include "core/FolderAccess.h"
 #include "core/SidebarSection.h"
 #include "foundation/CalendarContext.h"
 #include "foundation/Uuid.h"
@@ -61,6 +66,12 @@ class AppModel : public QObject {
     Q_PROPERTY(bool wantsCleanupSheet READ wantsCleanupSheet NOTIFY wantsCleanupSheetChanged)
     Q_PROPERTY(QVariantList sidebarGroups READ sidebarGroups CONSTANT)
     Q_PROPERTY(QVariantList sections READ sections CONSTANT)
+    // The clean-up preview and folder access (AppModelCleanup.cpp).
+    Q_PROPERTY(bool hasCleanupPlan READ hasCleanupPlan NOTIFY cleanupPlanChanged)
+    Q_PROPERTY(bool isCleanupSheetPresented READ isCleanupSheetPresented NOTIFY cleanupSheetChanged)
+    Q_PROPERTY(QString cleanupSheetMode READ cleanupSheetModeText NOTIFY cleanupSheetChanged)
+    Q_PROPERTY(QStringList cleanupExcluded READ cleanupExcludedList NOTIFY cleanupExcludedChanged)
+    Q_PROPERTY(QVariantMap folderState READ folderStateMap NOTIFY folderStateChanged)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -161,6 +172,32 @@ public:
     [[nodiscard]] QVariantList sections() const;
 
     void setErrorMessage(std::optional<std::string> message);
+
+    // ---- clean-up preview and folder access (AppModelCleanup.cpp) ------------------------
+    // Every preview goes this way: a plan with neither entries nor refusals posts "Choose
+    // what to preview. Nothing is selected." and changes nothing (false); otherwise the plan
+    // is stored, every entry starts checked and the sheet opens in `mode` (true).
+    bool presentCleanupPlan(CleanupPlan plan, CleanupSheetMode mode = CleanupSheetMode::clean);
+    // Stores the plan; an equal plan does not notify.
+    void setCleanupPlan(std::optional<CleanupPlan> plan);
+    Q_INVOKABLE void setCleanupEntryExcluded(const QString& id, bool excluded);
+    Q_INVOKABLE void dismissCleanupSheet();
+    // The checked entries in plan order, for the cleaner. None left: posts "Nothing is
+    // selected to clean." and gives nothing.
+    [[nodiscard]] std::optional<std::vector<CleanupEntry>> entriesForCleaning();
+    // The screen ran the folder chooser: an empty path means the user cancelled. True when the
+    // folder was stored; a refresh then follows.
+    Q_INVOKABLE bool grantFolderAccess(const QString& key, const QString& chosenFolder);
+    [[nodiscard]] const std::optional<CleanupPlan>& cleanupPlan() const { return cleanupPlan_; }
+    [[nodiscard]] const std::set<std::string>& cleanupExcluded() const { return cleanupExcluded_; }
+    [[nodiscard]] CleanupSheetMode cleanupSheetMode() const { return cleanupSheetMode_; }
+    [[nodiscard]] bool isCleanupSheetPresented() const { return isCleanupSheetPresented_; }
+    [[nodiscard]] bool hasCleanupPlan() const { return cleanupPlan_.has_value(); }
+    [[nodiscard]] QString cleanupSheetModeText() const;
+    [[nodiscard]] QStringList cleanupExcludedList() const;
+    [[nodiscard]] const FolderAccessState& folderState() const { return folderState_; }
+    [[nodiscard]] QVariantMap folderStateMap() const;
+    [[nodiscard]] FolderAccess& folderAccess();
     void setBanner(std::optional<std::string> text);
     void setCleanupNotice(std::optional<CleanupNotice> notice);
 
@@ -193,6 +230,10 @@ signals:
     void settingsChanged();
     // Emitted when something outside the window (a notification, a link) asks for it.
     void raiseWindowRequested();
+    void cleanupPlanChanged();
+    void cleanupExcludedChanged();
+    void cleanupSheetChanged();
+    void folderStateChanged();
 
 private:
     void saveSettings() const;
@@ -258,6 +299,12 @@ private:
     Uuid storageSurveyToken_ = Uuid::generate();
     Uuid duplicatesToken_ = Uuid::generate();
     Uuid spaceMapToken_ = Uuid::generate();
+    std::optional<CleanupPlan> cleanupPlan_;
+    std::set<std::string> cleanupExcluded_;
+    CleanupSheetMode cleanupSheetMode_ = CleanupSheetMode::clean;
+    bool isCleanupSheetPresented_ = false;
+    std::optional<FolderAccess> folderAccess_; // made on first use, from the model's store
+    FolderAccessState folderState_;
 };
 
 } // namespace bv

@@ -15,12 +15,6 @@ void AppModel::seedDefaultRules() {
 // Activity log: bring the lifetime counters up to the log.
 void AppModel::backfillLifetimeCounters() {}
 
-// Folder access: restore the granted folders.
-void AppModel::restoreFolderAccess() {}
-
-// Folder access: which standing folders can be read.
-void AppModel::computeFolderState() {}
-
 // Notifications: the low-space category and the action router.
 void AppModel::registerNotifications() {}
 

@@ -34,6 +34,10 @@ int runGuiApplication(int argc, char** argv) {
     QQmlApplicationEngine engine;
     QQuickWindow* window = loadMainWindow(engine, model);
     if (!window) return 1;
+    // For the start-up benchmark: quit as soon as the first frame has been drawn.
+    if (qEnvironmentVariableIsSet("BV_EXIT_AFTER_FIRST_FRAME"))
+        QObject::connect(window, &QQuickWindow::frameSwapped, &app, [] { QCoreApplication::exit(0); },
+                         Qt::QueuedConnection);
     QObject::connect(&model, &AppModel::raiseWindowRequested, window, [window] {
         window->show();
         window->raise();
