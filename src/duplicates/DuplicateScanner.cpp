@@ -1,5 +1,7 @@
 #include "duplicates/DuplicateScanner.h"
 
+#include "clean/DevCacheCatalog.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -75,33 +77,11 @@ std::int64_t effectiveDuplicateMinimum(std::int64_t requested) {
 }
 
 std::string duplicateStandardPath(const std::string& path) {
-    std::string absolute = path;
-    if (absolute.empty() || absolute.front() != '/') {
-        char cwd[PATH_MAX];
-        const std::string base = ::getcwd(cwd, sizeof cwd) ? cwd : "/";
-        absolute = base + "/" + absolute;
-    }
-    // Lexical only, like a file URL's standard form: links are left as they stand.
-    std::vector<std::string_view> parts;
-    std::string_view rest(absolute);
-    while (!rest.empty()) {
-        const auto slash = rest.find('/');
-        const std::string_view part = rest.substr(0, slash);
-        rest = slash == std::string_view::npos ? std::string_view{} : rest.substr(slash + 1);
-        if (part.empty() || part == ".") continue;
-        if (part == "..") {
-            if (!parts.empty()) parts.pop_back();
-            continue;
-        }
-        parts.push_back(part);
-    }
-    if (parts.empty()) return "/";
-    std::string out;
-    for (const auto part : parts) {
-        out += '/';
-        out += part;
-    }
-    return out;
+    if (!path.empty() && path.front() == '/') return DevCacheCatalog::standardizedPath(path);
+    // A relative folder (typed in a terminal) is read against the working folder.
+    char cwd[PATH_MAX];
+    const std::string base = ::getcwd(cwd, sizeof cwd) ? cwd : "/";
+    return DevCacheCatalog::standardizedPath(base + "/" + path);
 }
 
 std::vector<std::string> reduceDuplicateRoots(const std::vector<std::string>& roots) {
