@@ -1,0 +1,37 @@
+#include "platform/PlatformWording.h"
+
+#include <utility>
+
+#include "platform/XdgPaths.h"
+
+namespace bv {
+namespace {
+
+// The manifests folder as the user would type it: "~/..." when it lies in the home folder.
+std::string logsFolderForPeople() {
+    const std::string logs = XdgPaths::logsDir();
+    const std::string home = XdgPaths::home();
+    if (!home.empty() && home != "/" && logs.rfind(home + "/", 0) == 0) return "~" + logs.substr(home.size());
+    return logs;
+}
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+    for (size_t pos = text.find(from); pos != std::string::npos; pos = text.find(from, pos + to.size()))
+        text.replace(pos, from.size(), to);
+}
+
+} // namespace
+
+std::string platformWording(const std::string& text) {
+    // Longest phrases first, so a short one never breaks a long one apart.
+    const std::pair<std::string, std::string> table[] = {
+        {"open the Trash in the Dock and choose Put Back", "open the Trash in your file manager and choose Restore"},
+        {"~/Library/Logs/Brimvale", logsFolderForPeople()},
+        {"the Dock", "your file manager"},
+    };
+    std::string out = text;
+    for (const auto& [from, to] : table) replaceAll(out, from, to);
+    return out;
+}
+
+} // namespace bv
