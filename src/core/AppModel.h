@@ -17,6 +17,7 @@
 #include "clean/CleanupPlan.h"
 #include "core/FolderAccess.h"
 #include "core/SidebarSection.h"
+#include "duplicates/qt/DuplicatesModel.h"
 #include "foundation/CalendarContext.h"
 #include "foundation/Uuid.h"
 #include "space/NewToday.h"
@@ -72,6 +73,8 @@ class AppModel : public QObject {
     Q_PROPERTY(QString cleanupSheetMode READ cleanupSheetModeText NOTIFY cleanupSheetChanged)
     Q_PROPERTY(QStringList cleanupExcluded READ cleanupExcludedList NOTIFY cleanupExcludedChanged)
     Q_PROPERTY(QVariantMap folderState READ folderStateMap NOTIFY folderStateChanged)
+    // The Duplicates section (AppModelDuplicates.cpp, duplicates/qt/).
+    Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -201,6 +204,9 @@ public:
     void setBanner(std::optional<std::string> text);
     void setCleanupNotice(std::optional<CleanupNotice> notice);
 
+    // ---- duplicates (AppModelDuplicates.cpp) ---------------------------------------------
+    [[nodiscard]] DuplicatesModel* duplicates() const;
+
     // ---- seams for tests: the platform reads behind a refresh ---------------------------
     using VolumeReadFn = std::function<VolumeSnapshot(const std::string& home, TimePoint now)>;
     using NowFn = std::function<TimePoint()>;
@@ -305,6 +311,7 @@ private:
     bool isCleanupSheetPresented_ = false;
     std::optional<FolderAccess> folderAccess_; // made on first use, from the model's store
     FolderAccessState folderState_;
+    mutable DuplicatesModel* duplicates_ = nullptr; // child object, made on first use
 };
 
 } // namespace bv
