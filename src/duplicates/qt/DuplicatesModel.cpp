@@ -249,3 +249,19 @@ QString DuplicatesModel::summary() const {
 }
 
 } // namespace bv
+
+namespace bv {
+
+QVariantMap DuplicatesModel::texts() const {
+    namespace t = duplicateTexts;
+    const auto u = [](const char* text) { return QString::fromUtf8(text); };
+    return {{"chooseFolder", u(kChooseFolderTitle)},     {"removeRoot", u(kRemoveRootHelp)},
+            {"minimumCaption", u(kMinimumCaption)},      {"heading", u(kHeading)},
+            {"reviewAll", u(t::kReviewAll)},             {"previewCaption", u(t::kPreviewCaption)},
+            {"cleanGroup", u(t::kCleanGroup)},           {"cleanGroupCaption", u(t::kCleanGroupCaption)},
+            {"trashOne", u(t::kTrashOneCopy)},           {"trashOneCaption", u(t::kTrashOneCopyCaption)},
+            {"keeperMark", u(t::kKeeperMark)},           {"notKeptMark", u(t::kNotKeptMark)},
+            {"keepThis", u(t::kKeepThisCopy)},           {"keepInstead", u(t::kKeepThisCopyInstead)}};
+}
+
+} // namespace bv

@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <QUrl>
 #include <QVariantList>
+#include <QVariantMap>
 
 #include <cstdint>
 #include <memory>
@@ -37,6 +38,7 @@ class DuplicatesModel : public QObject {
     Q_PROPERTY(QVariantList minimumChoices READ minimumChoices CONSTANT)
     Q_PROPERTY(QString badge READ badge NOTIFY groupsChanged)
     Q_PROPERTY(QString summary READ summary NOTIFY groupsChanged)
+    Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
 public:
     explicit DuplicatesModel(AppModel& model);
@@ -75,6 +77,7 @@ public:
     [[nodiscard]] QVariantList minimumChoices() const;
     [[nodiscard]] QString badge() const;   // byte text of what the groups free; empty before a scan
     [[nodiscard]] QString summary() const; // "<n> groups · <bytes> to free"
+    [[nodiscard]] QVariantMap texts() const; // the screen's fixed words, kept in one place
 
     // A finished scan's answer, as the background task hands it back. Public for tests.
     void finishScan(const Uuid& token, const std::shared_ptr<CancellationFlag>& flag, std::vector<DuplicateGroup> groups);
