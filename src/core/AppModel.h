@@ -21,6 +21,7 @@
 #include "core/FolderAccess.h"
 #include "core/SidebarSection.h"
 #include "core/qt/ActivityLog.h"
+#include "duplicates/qt/DuplicatesModel.h"
 #include "foundation/CalendarContext.h"
 #include "foundation/Uuid.h"
 #include "space/NewToday.h"
@@ -85,6 +86,8 @@ class AppModel : public QObject {
     Q_PROPERTY(QVariantMap folderState READ folderStateMap NOTIFY folderStateChanged)
     Q_PROPERTY(bv::ActivityLog* activityLog READ activityLog CONSTANT)
     Q_PROPERTY(QString pendingWatchPath READ pendingWatchPath NOTIFY watchRequestChanged)
+    // The Duplicates section (AppModelDuplicates.cpp, duplicates/qt/).
+    Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -249,6 +252,9 @@ public:
     void setBanner(std::optional<std::string> text);
     void setCleanupNotice(std::optional<CleanupNotice> notice);
 
+    // ---- duplicates (AppModelDuplicates.cpp) ---------------------------------------------
+    [[nodiscard]] DuplicatesModel* duplicates() const;
+
     // ---- seams for tests: the platform reads behind a refresh ---------------------------
     using VolumeReadFn = std::function<VolumeSnapshot(const std::string& home, TimePoint now)>;
     using NowFn = std::function<TimePoint()>;
@@ -368,6 +374,7 @@ private:
     NotificationCenter* notifications_ = nullptr;
     std::optional<QString> pendingWatchPath_;
     bool pendingWatchFromLink_ = false;
+    mutable DuplicatesModel* duplicates_ = nullptr; // child object, made on first use
 };
 
 } // namespace bv

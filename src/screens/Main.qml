@@ -81,7 +81,7 @@ ApplicationWindow {
         Sidebar {
             Layout.fillHeight: true
             selected: window.selection
-            badges: ({ activity: AppModel.activityLog.weekBadge })
+            badges: ({ activity: AppModel.activityLog.weekBadge, duplicates: AppModel.duplicates.badge })
             onChosen: name => window.select(name)
         }
         Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.border }
@@ -92,7 +92,7 @@ ApplicationWindow {
             currentIndex: Math.max(0, window.sectionNames.indexOf(window.selection))
             OverviewPage {}
             PlaceholderPage { title: "Smart Clean"; tagline: "Files that rebuild themselves" }
-            PlaceholderPage { title: "Duplicates"; tagline: "Copies, confirmed byte for byte" }
+            DuplicatesPage {}
             PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
             PlaceholderPage { title: "Autopilot"; tagline: "Build folders gone on a schedule" }
             PlaceholderPage { title: "Space Map"; tagline: "Every byte, biggest first" }

@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSignalSpy>
+
+#include "core/AppModel.h"
+#include "duplicates/qt/DuplicatesModel.h"
+#include "platform/XdgPaths.h"
+#include "support/TestEnvironment.h"
+
+using namespace bv;
+using bv::test::TestEnvironment;
+using bv::test::writeFile;
+
+namespace {
+
+template <class Pred>
+bool waitUntil(Pred done) {
+    QElapsedTimer t;
+    t.start();
+    while (!done() && t.elapsed() < 10000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return done();
+}
+
+std::string blob(std::size_t size, char c) {
+    std::string s(size, c);
+    for (std::size_t i = 0; i < size; i += 4093) s[i] = static_cast<char>(c + i % 7);
+    return s;
+}
+
+// Two groups under a folder of Documents: three copies of a 300 KB file, two of a 150 KB one,
+// and a pair of 200-byte twins that no minimum lets through.
+std::string fixture() {
+    const std::string root = XdgPaths::home() + "/Documents/" + std::to_string(std::rand());
+    writeFile(root + "/a/song.flac", blob(300'000, 'a'));
+    writeFile(root + "/b/song.flac", blob(300'000, 'a'));
+    writeFile(root + "/c/song copy.flac", blob(300'000, 'a'));
+    writeFile(root + "/a/scan.pdf", blob(150'000, 'b'));
+    writeFile(root + "/b/scan.pdf", blob(150'000, 'b'));
+    writeFile(root + "/a/tiny.txt", std::string(200, 't'));
+    writeFile(root + "/b/tiny.txt", std::string(200, 't'));
+    return root;
+}
+
+void scanAndWait(DuplicatesModel& d) {
+    d.setMinimumBytes(100000);
+    d.startScan();
+    ASSERT_TRUE(waitUntil([&] { return !d.duplicatesScanning(); }));
+}
+
+} // namespace
+
+TEST(DuplicatesModel, RootsAreSavedAndReadBack) {
+    {
+        AppModel model(true);
+        auto& d = *model.duplicates();
+        QSignalSpy changed(&d, &DuplicatesModel::rootsChanged);
+        d.addRoot(QUrl()); // the chooser was cancelled
+        d.addRootPath("/srv/media/");
+        d.addRootPath("/srv/media"); // same folder in standard form
+        d.addRoot(QUrl::fromLocalFile("/srv/photos"));
+        EXPECT_EQ(changed.count(), 2);
+        ASSERT_EQ(d.duplicateRoots().size(), 2u);
+        d.removeRoot(QString::fromStdString(d.duplicateRoots()[0].id.text()));
+        d.removeRoot("not-a-uuid");
+        EXPECT_EQ(changed.count(), 3);
+    }
+    AppModel again(true);
+    ASSERT_EQ(again.duplicates()->duplicateRoots().size(), 1u);
+    EXPECT_EQ(again.duplicates()->duplicateRoots()[0].path, "/srv/photos");
+    again.duplicates()->removeRoot(QString::fromStdString(again.duplicates()->duplicateRoots()[0].id.text()));
+}
+
+TEST(DuplicatesModel, ScanWithoutRootsAsksForOne) {
+    AppModel model(false);
+    model.duplicates()->startScan();
+    EXPECT_EQ(model.errorMessage(), "Choose at least one folder to search.");
+    EXPECT_FALSE(model.duplicates()->duplicatesScanning());
+}
+
+TEST(DuplicatesModel, ScanFindsGroupsAndKeepsTheLowestPath) {
+    AppModel model(false);
+    auto& d = *model.duplicates();
+    const auto root = fixture();
+    d.addRootPath(QString::fromStdString(root));
+    d.setMinimumBytes(100); // raised to 100000: the tiny twins are never compared
+    QSignalSpy scanning(&d, &DuplicatesModel::scanningChanged);
+    d.startScan();
+    EXPECT_TRUE(d.duplicatesScanning());
+    EXPECT_EQ(d.progressText(), "Looking at files…");
+    d.startScan(); // ignored while one runs
+    ASSERT_TRUE(waitUntil([&] { return !d.duplicatesScanning(); }));
+    EXPECT_EQ(scanning.count(), 2);
+    EXPECT_TRUE(d.progressText().isEmpty());
+    EXPECT_TRUE(d.hasScannedDuplicates());
+    ASSERT_EQ(d.duplicateGroups().size(), 2u);
+    EXPECT_EQ(d.duplicateGroups()[0].reclaimableBytes, 600'000) << "largest first";
+    EXPECT_EQ(d.duplicateKeep().at(d.duplicateGroups()[0].id), root + "/a/song.flac");
+    EXPECT_EQ(d.badge(), "750 KB");
+    EXPECT_EQ(d.summary(), "2 groups · 750 KB to free");
+    const auto first = d.groupList()[0].toMap();
+    EXPECT_EQ(first["detail"].toString(), "3 copies of 300 KB · 600 KB to free");
+    const auto files = first["files"].toList();
+    ASSERT_EQ(files.size(), 3);
+    EXPECT_TRUE(files[0].toMap()["isKept"].toBool());
+    EXPECT_FALSE(files[1].toMap()["isKept"].toBool());
+}
+
+TEST(DuplicatesModel, StoppingKeepsTheEarlierGroupsAndAStaleAnswerIsDropped) {
+    AppModel model(false);
+    auto& d = *model.duplicates();
+    const auto root = fixture();
+    d.addRootPath(QString::fromStdString(root));
+    scanAndWait(d);
+    const auto before = d.duplicateGroups();
+    ASSERT_EQ(before.size(), 2u);
+
+    writeFile(root + "/d/song.flac", blob(300'000, 'a')); // a scan run to the end would see this
+    QSignalSpy groupsChanged(&d, &DuplicatesModel::groupsChanged);
+    d.startScan();
+    d.stopScan();
+    ASSERT_TRUE(waitUntil([&] { return !d.duplicatesScanning(); }));
+    EXPECT_EQ(d.duplicateGroups(), before);
+    EXPECT_EQ(groupsChanged.count(), 0);
+    EXPECT_TRUE(d.hasScannedDuplicates());
+
+    // An answer carrying an old token changes nothing.
+    d.finishScan(Uuid::generate(), nullptr, {});
+    EXPECT_EQ(d.duplicateGroups(), before);
+}
+
+TEST(DuplicatesModel, ReviewsOpenThePreviewWithTheChosenKeeper) {
+    AppModel model(false);
+    auto& d = *model.duplicates();
+    d.reviewAll();
+    EXPECT_EQ(model.errorMessage(), "Nothing to clean. Scan for duplicates first.");
+    model.dismissError();
+
+    const auto root = fixture();
+    d.addRootPath(QString::fromStdString(root));
+    scanAndWait(d);
+    const QString songs = QString::fromStdString(d.duplicateGroups()[0].id);
+    d.keepCopy(songs, QString::fromStdString(root + "/b/song.flac"));
+    d.keepCopy(songs, "/not/in/the/group"); // ignored
+    EXPECT_EQ(d.duplicateKeep().at(songs.toStdString()), root + "/b/song.flac");
+
+    d.reviewAll();
+    ASSERT_TRUE(model.cleanupPlan());
+    EXPECT_EQ(model.cleanupPlan()->entries.size(), 3u);
+    EXPECT_TRUE(model.isCleanupSheetPresented());
+    for (const auto& e : model.cleanupPlan()->entries) EXPECT_NE(e.path, root + "/b/song.flac");
+
+    d.reviewGroup(songs);
+    ASSERT_EQ(model.cleanupPlan()->entries.size(), 2u);
+    EXPECT_EQ(model.cleanupPlan()->entries[0].recheck->keeperPath, root + "/b/song.flac");
+
+    d.reviewCopy(songs, QString::fromStdString(root + "/c/song copy.flac"));
+    ASSERT_EQ(model.cleanupPlan()->entries.size(), 1u);
+    EXPECT_EQ(model.cleanupPlan()->entries[0].path, root + "/c/song copy.flac");
+
+    // Removing the root after the scan turns its copies into notes.
+    d.removeRoot(QString::fromStdString(d.duplicateRoots()[0].id.text()));
+    d.reviewAll();
+    EXPECT_TRUE(model.cleanupPlan()->entries.empty());
+    EXPECT_EQ(model.cleanupPlan()->refusals.size(), 3u);
+}
