@@ -27,6 +27,8 @@ struct PhraseWord {
 // Lower case independent of the user's locale (so "I" is always "i").
 [[nodiscard]] std::string lowercased(std::string_view text);
 [[nodiscard]] icu::UnicodeString lowercased(const icu::UnicodeString& text);
+[[nodiscard]] inline std::string lowercased(const char* text) { return lowercased(std::string_view(text)); }
+[[nodiscard]] inline std::string lowercased(const std::string& text) { return lowercased(std::string_view(text)); }
 
 // Drops white space at both ends.
 [[nodiscard]] std::string trimmedWhitespace(std::string_view text);

@@ -39,11 +39,15 @@ public:
     // True when the expression is found anywhere in the text.
     [[nodiscard]] bool test(const icu::UnicodeString& text) const;
     [[nodiscard]] bool test(std::string_view utf8) const;
+    [[nodiscard]] bool test(const char* utf8) const { return test(std::string_view(utf8)); }
 
     // The first match's groups 1 and up as UTF-8 (a group that took no part is empty), or
     // nothing when there is no match.
     [[nodiscard]] std::optional<std::vector<std::string>> firstCaptures(const icu::UnicodeString& text) const;
     [[nodiscard]] std::optional<std::vector<std::string>> firstCaptures(std::string_view utf8) const;
+    [[nodiscard]] std::optional<std::vector<std::string>> firstCaptures(const char* utf8) const {
+        return firstCaptures(std::string_view(utf8));
+    }
 
     struct Range {
         std::int32_t start = 0;  // UTF-16 offset
