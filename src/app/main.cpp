@@ -1,1 +1,43 @@
-int main() { return 0; }
+// Brimvale's entry point. Terminal commands are answered before any GUI object exists; with
+// no display the overview is printed instead of opening a window.
+#include <QApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "cli/CliCommand.h"
+#include "screens/GuiApplication.h"
+
+namespace {
+
+bool hasDisplay() {
+    const char* platform = std::getenv("QT_QPA_PLATFORM");
+    if (platform && *platform) return true; // offscreen, xcb, wayland: the caller chose
+    const char* x = std::getenv("DISPLAY");
+    const char* w = std::getenv("WAYLAND_DISPLAY");
+    return (x && *x) || (w && *w);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::vector<std::string> args(argv + 1, argv + argc);
+    if (!args.empty()) {
+        const std::string& first = args.front();
+        if (first == "help" || first == "--help" || first == "-h") return bv::cli::printHelp();
+        if (first == "--version") {
+            std::printf("brimvale %s\n", BRIMVALE_VERSION);
+            return 0;
+        }
+        if (const auto* command = bv::cli::findCommand(first))
+            return command->run(std::vector<std::string>(args.begin() + 1, args.end()));
+        // Anything else (a brimvale: link, a folder) is for the window.
+    }
+    if (!hasDisplay()) {
+        std::fprintf(stderr, "No display found; printing the overview instead of opening a window.\n\n");
+        return bv::cli::findCommand("overview")->run({});
+    }
+    return bv::runGuiApplication(argc, argv);
+}

@@ -1,2 +1,107 @@
 import QtQuick
-Item {}
+import QtQuick.Controls
+import QtQuick.Layouts
+import Brimvale.Core
+
+// The main window: the sidebar on the left, the selected section on the right.
+ApplicationWindow {
+    id: window
+    title: "Brimvale"
+    width: 1120
+    height: 760
+    minimumWidth: 820
+    minimumHeight: 560
+    visible: true
+    color: Theme.window
+
+    property string selection: "overview"
+    readonly property var sectionNames: ["overview", "devMode", "duplicates", "rules", "watchedFolders",
+                                         "space", "activity", "buildWatch", "autoArrange"]
+
+    function select(name) {
+        if (sectionNames.indexOf(name) < 0) name = "overview"
+        if (selection === name) return
+        selection = name
+        AppModel.storeSelection(name)
+    }
+
+    onSelectionChanged: AppModel.currentScreen = selection
+    onVisibleChanged: if (!visible) AppModel.noteSessionEnd()
+
+    Component.onCompleted: {
+        AppModel.start()
+        const stored = AppModel.storedSelection()
+        if (sectionNames.indexOf(stored) >= 0) selection = stored
+        AppModel.currentScreen = selection
+        if (AppModel.wantsCleanupSheet) AppModel.clearWantsCleanupSheet()
+    }
+
+    Connections {
+        target: AppModel
+        function onFocusRequested() {
+            window.select(AppModel.focusSection)
+            if (AppModel.wantsCleanupSheet) AppModel.clearWantsCleanupSheet()
+        }
+    }
+
+    Shortcut { sequence: "Ctrl+R"; onActivated: AppModel.refreshEverything() }
+    Repeater {
+        model: AppModel.sections
+        delegate: Item {
+            required property var modelData
+            Shortcut {
+                sequence: "Ctrl+" + modelData.key
+                onActivated: AppModel.focusOnSection(modelData.name)
+            }
+        }
+    }
+
+    RowLayout {
+        anchors.fill: parent
+        spacing: 0
+        Sidebar {
+            Layout.fillHeight: true
+            selected: window.selection
+            onChosen: name => window.select(name)
+        }
+        Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.border }
+        StackLayout {
+            id: pages
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            currentIndex: Math.max(0, window.sectionNames.indexOf(window.selection))
+            OverviewPage {}
+            PlaceholderPage { title: "Smart Clean"; tagline: "Files that rebuild themselves" }
+            PlaceholderPage { title: "Duplicates"; tagline: "Copies, confirmed byte for byte" }
+            PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
+            PlaceholderPage { title: "Autopilot"; tagline: "Build folders gone on a schedule" }
+            PlaceholderPage { title: "Space Map"; tagline: "Every byte, biggest first" }
+            PlaceholderPage { title: "History"; tagline: "Everything you got back" }
+            PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
+            PlaceholderPage { title: "Auto-Arrange"; tagline: "Files to their folder, by name" }
+        }
+    }
+
+    Dialog {
+        id: errorDialog
+        title: "Something went wrong"
+        modal: true
+        anchors.centerIn: parent
+        standardButtons: Dialog.Ok
+        visible: AppModel.errorMessage.length > 0
+        onClosed: AppModel.dismissError()
+        Label { text: AppModel.errorMessage; wrapMode: Text.WordWrap; width: 360 }
+    }
+
+    Dialog {
+        id: noticeDialog
+        title: AppModel.cleanupNoticeTitle
+        modal: true
+        anchors.centerIn: parent
+        standardButtons: Dialog.Ok
+        // An error goes first: only one alert is up at a time.
+        visible: AppModel.hasCleanupNotice && AppModel.errorMessage.length === 0
+        onClosed: AppModel.dismissCleanupNotice()
+        Label { text: AppModel.cleanupNoticeMessage; wrapMode: Text.WordWrap; width: 360 }
+    }
+}

@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every check: the test suite, the same suite
+# under AddressSanitizer and UndefinedBehaviorSanitizer, qmllint on the screens, and each
+# libFuzzer target for a while. Exits non-zero when anything fails.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+cd "$root"
+fuzz_seconds="${BRIMVALE_FUZZ_SECONDS:-30}"
+started=$(date +%s)
+step() { printf '\n==> %s (%ds so far)\n' "$*" $(( $(date +%s) - started )); }
+
+step "Installing missing packages"
+scripts/setup.sh
+
+# Tests that need a session bus get a private one; nothing here talks to the user's.
+run_ctest() {
+    local dir="$1"
+    if command -v dbus-run-session >/dev/null; then
+        dbus-run-session -- ctest --test-dir "$dir" --output-on-failure --timeout 900
+    else
+        ctest --test-dir "$dir" --output-on-failure --timeout 900
+    fi
+}
+
+step "Building (RelWithDebInfo)"
+scripts/build.sh build
+step "Tests"
+run_ctest build
+
+step "Building with AddressSanitizer and UndefinedBehaviorSanitizer"
+scripts/build.sh build-asan -DBRIMVALE_SANITIZE=ON -DBRIMVALE_BENCH=OFF
+step "Tests under the sanitizers"
+ASAN_OPTIONS="detect_leaks=1:abort_on_error=1" \
+LSAN_OPTIONS="suppressions=$root/scripts/lsan.supp:print_suppressions=0" \
+UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1" \
+    run_ctest build-asan
+
+step "qmllint"
+qmllint_bin=$(command -v qmllint6 || command -v qmllint || echo /usr/lib/qt6/bin/qmllint)
+"$qmllint_bin" -I build/src/screens -I build/src/screens/Brimvale --bare \
+    --unqualified disable --import disable --missing-property warning \
+    build/src/screens/Brimvale/*.qml src/screens/*.qml >/tmp/brimvale-qmllint.log 2>&1 || {
+    cat /tmp/brimvale-qmllint.log; echo "qmllint found problems"; exit 1; }
+echo "qmllint: clean"
+
+step "Fuzzing each decoder and parser for ${fuzz_seconds}s"
+CXX=clang++ scripts/build.sh build-fuzz -DCMAKE_CXX_COMPILER=clang++ -DBRIMVALE_FUZZ=ON
+fuzz_failed=0
+for target in build-fuzz/fuzz/fuzz_*; do
+    [[ -x "$target" ]] || continue
+    name=$(basename "$target")
+    corpus="build-fuzz/corpus/$name"; mkdir -p "$corpus"
+    seeds="fuzz/seeds/${name#fuzz_}"
+    if "$target" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=0 \
+        "$corpus" $( [[ -d "$seeds" ]] && echo "$seeds" ) >"build-fuzz/$name.log" 2>&1; then
+        echo "$name: no crash, leak or hang in ${fuzz_seconds}s"
+    else
+        tail -40 "build-fuzz/$name.log"; echo "$name: FAILED"; fuzz_failed=1
+    fi
+done
+[[ $fuzz_failed -eq 0 ]] || exit 1
+
+step "All checks passed in $(( $(date +%s) - started ))s"

@@ -1,0 +1,310 @@
+#pragma once
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "core/AppPersistence.h"
+#include "core/BrimvaleSettings.h"
+#include "clean/CleanupPlan.h"
+#include "core/FolderAccess.h"
+#include "core/SidebarSection.h"
+#include "foundation/CalendarContext.h"
+#include "foundation/Uuid.h"
+#include "space/NewToday.h"
+#include "space/SpaceHistory.h"
+
+namespace bv {
+
+class RepeatingClock;
+class VolumeWatcher;
+
+struct CleanupNotice {
+    std::string title;
+    std::string message;
+    friend bool operator==(const CleanupNotice&, const CleanupNotice&) = default;
+};
+
+// The one observable object. Confined to the GUI thread: every method runs there, long work
+// leaves through QtConcurrent with plain copies and comes back through QFuture::then on this
+// object, where a token comparison drops stale results. Setters compare before notifying.
+// Feature objects (log, clean-up, duplicates, space map, rules...) hang off it as members.
+class AppModel : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
+    Q_PROPERTY(bool didStart READ didStart NOTIFY didStartChanged)
+    Q_PROPERTY(bool isRefreshing READ isRefreshing NOTIFY isRefreshingChanged)
+    Q_PROPERTY(bool storageScanning READ storageScanning NOTIFY storageScanningChanged)
+    Q_PROPERTY(bool devScanning READ devScanning NOTIFY devScanningChanged)
+    Q_PROPERTY(QString volumeName READ volumeName NOTIFY latestChanged)
+    Q_PROPERTY(qint64 freeBytes READ freeBytes NOTIFY latestChanged)
+    Q_PROPERTY(qint64 totalBytes READ totalBytes NOTIFY latestChanged)
+    Q_PROPERTY(QString freeText READ freeText NOTIFY latestChanged)
+    Q_PROPERTY(QString totalText READ totalText NOTIFY latestChanged)
+    Q_PROPERTY(QString midnightDeltaText READ midnightDeltaText NOTIFY deltasChanged)
+    Q_PROPERTY(QString lastOpenDeltaText READ lastOpenDeltaText NOTIFY deltasChanged)
+    Q_PROPERTY(QString lastRefreshText READ lastRefreshText NOTIFY lastRefreshChanged)
+    Q_PROPERTY(QString statusLine READ statusLine NOTIFY statusLineChanged)
+    Q_PROPERTY(QVariantList newTodayFiles READ newTodayFiles NOTIFY fileListsChanged)
+    Q_PROPERTY(bool fullDiskAccessGranted READ fullDiskAccessGranted NOTIFY fullDiskAccessChanged)
+    Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged)
+    Q_PROPERTY(QString banner READ banner NOTIFY bannerChanged)
+    Q_PROPERTY(bool hasCleanupNotice READ hasCleanupNotice NOTIFY cleanupNoticeChanged)
+    Q_PROPERTY(QString cleanupNoticeTitle READ cleanupNoticeTitle NOTIFY cleanupNoticeChanged)
+    Q_PROPERTY(QString cleanupNoticeMessage READ cleanupNoticeMessage NOTIFY cleanupNoticeChanged)
+    Q_PROPERTY(QString currentScreen READ currentScreen WRITE setCurrentScreen NOTIFY currentScreenChanged)
+    Q_PROPERTY(QString focusSection READ focusSection NOTIFY focusRequested)
+    Q_PROPERTY(int focusSectionToken READ focusSectionToken NOTIFY focusRequested)
+    Q_PROPERTY(bool wantsCleanupSheet READ wantsCleanupSheet NOTIFY wantsCleanupSheetChanged)
+    Q_PROPERTY(QVariantList sidebarGroups READ sidebarGroups CONSTANT)
+    Q_PROPERTY(QVariantList sections READ sections CONSTANT)
+    // The clean-up preview and folder access (AppModelCleanup.cpp).
+    Q_PROPERTY(bool hasCleanupPlan READ hasCleanupPlan NOTIFY cleanupPlanChanged)
+    Q_PROPERTY(bool isCleanupSheetPresented READ isCleanupSheetPresented NOTIFY cleanupSheetChanged)
+    Q_PROPERTY(QString cleanupSheetMode READ cleanupSheetModeText NOTIFY cleanupSheetChanged)
+    Q_PROPERTY(QStringList cleanupExcluded READ cleanupExcludedList NOTIFY cleanupExcludedChanged)
+    Q_PROPERTY(QVariantMap folderState READ folderStateMap NOTIFY folderStateChanged)
+
+public:
+    // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
+    explicit AppModel(bool loadLiveData, QObject* parent = nullptr);
+    ~AppModel() override;
+
+    // False when the environment holds XCTestConfigurationFilePath (kept for tooling that
+    // sets it); true otherwise.
+    [[nodiscard]] static bool liveDataFromEnvironment();
+
+    // ---- operations -------------------------------------------------------------------
+    Q_INVOKABLE void start();
+    Q_INVOKABLE void refresh();
+    // The Overview's and the menu's Refresh: refresh, then a forced storage survey.
+    Q_INVOKABLE void refreshEverything();
+    void clockTick();
+    Q_INVOKABLE void noteSessionEnd();
+    void recheckFullDiskAccess();
+    Q_INVOKABLE void surveyStorage(bool force);
+    Q_INVOKABLE void scanDeveloperCaches();
+    Q_INVOKABLE void requestCleanupSheet();
+    Q_INVOKABLE void clearPreview();
+    // Ctrl+digit and the Section menu: ask the window to show a section.
+    Q_INVOKABLE void focusOnSection(const QString& name);
+    Q_INVOKABLE void clearWantsCleanupSheet();
+    Q_INVOKABLE void dismissError();
+    Q_INVOKABLE void dismissCleanupNotice();
+    Q_INVOKABLE QString byteText(qint64 bytes) const;
+    // The selection stored across restarts ("sidebarSelection" in the user defaults).
+    Q_INVOKABLE QString storedSelection() const;
+    Q_INVOKABLE void storeSelection(const QString& name);
+
+    // Results coming back from a refresh; public so tests can drive them directly.
+    void applySnapshot(const VolumeSnapshot& snapshot);
+    void applyFileLists(std::vector<TrackedFile> desktop, std::vector<TrackedFile> downloads);
+
+    // ---- settings setters: write, save, then the side effect ---------------------------
+    Q_INVOKABLE void setNodeModulesPermanent(bool on);
+    Q_INVOKABLE void setNodeModulesUntouchedDays(qint64 days);
+    Q_INVOKABLE void setMenuBarShowsFreeSpace(bool on);
+    Q_INVOKABLE void setLaunchAtLogin(bool on);
+    void setDefaultFolderSchedule(CleanSchedule schedule);
+    Q_INVOKABLE void setAlertsEnabled(bool on);
+    void setLowSpaceUnit(LowSpaceUnit unit);
+    Q_INVOKABLE void setAlertWhenBelowEither(bool on);
+    Q_INVOKABLE void setLowSpaceRemindDaily(bool on);
+    Q_INVOKABLE void setLowSpaceGigabytes(qint64 gigabytes);
+    Q_INVOKABLE void setLowSpacePercent(qint64 percent);
+    Q_INVOKABLE void setPlaySounds(bool on);
+
+    // ---- state -------------------------------------------------------------------------
+    [[nodiscard]] bool loadLiveData() const { return loadLiveData_; }
+    [[nodiscard]] const AppPersistence& store() const { return store_; }
+    [[nodiscard]] bool didStart() const { return didStart_; }
+    [[nodiscard]] bool isRefreshing() const { return isRefreshing_; }
+    [[nodiscard]] bool storageScanning() const { return storageScanning_; }
+    [[nodiscard]] bool devScanning() const { return devScanning_; }
+    [[nodiscard]] const VolumeSnapshot& latest() const { return latest_; }
+    [[nodiscard]] const SpaceHistory& history() const { return history_; }
+    [[nodiscard]] const std::optional<VolumeSnapshot>& sessionBaseline() const { return sessionBaseline_; }
+    [[nodiscard]] const SpaceDelta& midnightDelta() const { return midnightDelta_; }
+    [[nodiscard]] const SpaceDelta& lastOpenDelta() const { return lastOpenDelta_; }
+    [[nodiscard]] const std::optional<TimePoint>& lastRefresh() const { return lastRefresh_; }
+    [[nodiscard]] const std::vector<TrackedFile>& desktopFiles() const { return desktopFiles_; }
+    [[nodiscard]] const std::vector<TrackedFile>& downloadFiles() const { return downloadFiles_; }
+    [[nodiscard]] const BrimvaleSettings& settings() const { return settings_; }
+    [[nodiscard]] const std::optional<CleanupNotice>& cleanupNotice() const { return cleanupNotice_; }
+    [[nodiscard]] const Uuid& previewToken() const { return previewToken_; }
+    [[nodiscard]] const Uuid& storageSurveyToken() const { return storageSurveyToken_; }
+    [[nodiscard]] const Uuid& duplicatesToken() const { return duplicatesToken_; }
+    [[nodiscard]] const Uuid& spaceMapToken() const { return spaceMapToken_; }
+    [[nodiscard]] RepeatingClock* clock() const { return clock_; }
+    [[nodiscard]] const CalendarContext& calendar() const { return calendar_; }
+
+    [[nodiscard]] QString volumeName() const;
+    [[nodiscard]] qint64 freeBytes() const { return latest_.freeBytes; }
+    [[nodiscard]] qint64 totalBytes() const { return latest_.totalBytes; }
+    [[nodiscard]] QString freeText() const;
+    [[nodiscard]] QString totalText() const;
+    [[nodiscard]] QString midnightDeltaText() const;
+    [[nodiscard]] QString lastOpenDeltaText() const;
+    [[nodiscard]] QString lastRefreshText() const;
+    [[nodiscard]] QString statusLine() const;
+    [[nodiscard]] QVariantList newTodayFiles() const;
+    [[nodiscard]] bool fullDiskAccessGranted() const { return fullDiskAccessGranted_; }
+    [[nodiscard]] bool didReadFullDiskAccess() const { return didReadFullDiskAccess_; }
+    [[nodiscard]] QString errorMessage() const;
+    [[nodiscard]] QString banner() const;
+    [[nodiscard]] bool hasCleanupNotice() const { return cleanupNotice_.has_value(); }
+    [[nodiscard]] QString cleanupNoticeTitle() const;
+    [[nodiscard]] QString cleanupNoticeMessage() const;
+    [[nodiscard]] QString currentScreen() const;
+    void setCurrentScreen(const QString& name);
+    [[nodiscard]] QString focusSection() const;
+    [[nodiscard]] int focusSectionToken() const { return focusSectionToken_; }
+    [[nodiscard]] bool wantsCleanupSheet() const { return wantsCleanupSheet_; }
+    [[nodiscard]] QVariantList sidebarGroups() const;
+    [[nodiscard]] QVariantList sections() const;
+
+    void setErrorMessage(std::optional<std::string> message);
+
+    // ---- clean-up preview and folder access (AppModelCleanup.cpp) ------------------------
+    // Every preview goes this way: a plan with neither entries nor refusals posts "Choose
+    // what to preview. Nothing is selected." and changes nothing (false); otherwise the plan
+    // is stored, every entry starts checked and the sheet opens in `mode` (true).
+    bool presentCleanupPlan(CleanupPlan plan, CleanupSheetMode mode = CleanupSheetMode::clean);
+    // Stores the plan; an equal plan does not notify.
+    void setCleanupPlan(std::optional<CleanupPlan> plan);
+    Q_INVOKABLE void setCleanupEntryExcluded(const QString& id, bool excluded);
+    Q_INVOKABLE void dismissCleanupSheet();
+    // The checked entries in plan order, for the cleaner. None left: posts "Nothing is
+    // selected to clean." and gives nothing.
+    [[nodiscard]] std::optional<std::vector<CleanupEntry>> entriesForCleaning();
+    // The screen ran the folder chooser: an empty path means the user cancelled. True when the
+    // folder was stored; a refresh then follows.
+    Q_INVOKABLE bool grantFolderAccess(const QString& key, const QString& chosenFolder);
+    [[nodiscard]] const std::optional<CleanupPlan>& cleanupPlan() const { return cleanupPlan_; }
+    [[nodiscard]] const std::set<std::string>& cleanupExcluded() const { return cleanupExcluded_; }
+    [[nodiscard]] CleanupSheetMode cleanupSheetMode() const { return cleanupSheetMode_; }
+    [[nodiscard]] bool isCleanupSheetPresented() const { return isCleanupSheetPresented_; }
+    [[nodiscard]] bool hasCleanupPlan() const { return cleanupPlan_.has_value(); }
+    [[nodiscard]] QString cleanupSheetModeText() const;
+    [[nodiscard]] QStringList cleanupExcludedList() const;
+    [[nodiscard]] const FolderAccessState& folderState() const { return folderState_; }
+    [[nodiscard]] QVariantMap folderStateMap() const;
+    [[nodiscard]] FolderAccess& folderAccess();
+    void setBanner(std::optional<std::string> text);
+    void setCleanupNotice(std::optional<CleanupNotice> notice);
+
+    // ---- seams for tests: the platform reads behind a refresh ---------------------------
+    using VolumeReadFn = std::function<VolumeSnapshot(const std::string& home, TimePoint now)>;
+    using NowFn = std::function<TimePoint()>;
+    void setVolumeReader(VolumeReadFn reader) { readVolume_ = std::move(reader); }
+    void setNow(NowFn now) { now_ = std::move(now); }
+    void setCalendar(CalendarContext calendar) { calendar_ = std::move(calendar); }
+    [[nodiscard]] TimePoint now() const { return now_(); }
+
+signals:
+    void didStartChanged();
+    void isRefreshingChanged();
+    void storageScanningChanged();
+    void devScanningChanged();
+    void latestChanged();
+    void deltasChanged();
+    void historyChanged();
+    void lastRefreshChanged();
+    void statusLineChanged();
+    void fileListsChanged();
+    void fullDiskAccessChanged();
+    void errorMessageChanged();
+    void bannerChanged();
+    void cleanupNoticeChanged();
+    void currentScreenChanged();
+    void focusRequested();
+    void wantsCleanupSheetChanged();
+    void settingsChanged();
+    // Emitted when something outside the window (a notification, a link) asks for it.
+    void raiseWindowRequested();
+    void cleanupPlanChanged();
+    void cleanupExcludedChanged();
+    void cleanupSheetChanged();
+    void folderStateChanged();
+
+private:
+    void saveSettings() const;
+    void saveHistory() const;
+    void setIsRefreshing(bool on);
+    void setStorageScanning(bool on);
+    void setDevScanning(bool on);
+    void installVolumeObservers();
+    void startupPass();
+    template <class Field, class Value>
+    bool changeSetting(Field BrimvaleSettings::*field, Value value);
+
+    // Steps that belong to features built in their own files; each says what it does and is
+    // filled in by that feature. Empty bodies here mean the feature has not landed yet.
+    void seedDefaultRules();
+    void backfillLifetimeCounters();
+    void restoreFolderAccess();
+    void computeFolderState();
+    void registerNotifications();
+    void installLinkService();
+    void alignArrangeWatcher();
+    void evaluateLowSpace(const VolumeSnapshot& snapshot, TimePoint now);
+    void playCue(const char* cue, double volume);
+    void reevaluateCues();
+    [[nodiscard]] std::optional<std::string> applyLoginItem(bool enabled); // error text, if any
+    [[nodiscard]] bool loginItemEnabled() const;
+    void dueChecksOnTick();
+
+    const bool loadLiveData_;
+    AppPersistence store_;
+    CalendarContext calendar_;
+    RepeatingClock* clock_ = nullptr;
+    VolumeWatcher* volumeWatcher_ = nullptr;
+    VolumeReadFn readVolume_;
+    NowFn now_;
+
+    bool didStart_ = false;
+    bool isRefreshing_ = false;
+    bool storageScanning_ = false;
+    bool devScanning_ = false;
+    VolumeSnapshot latest_;
+    SpaceHistory history_;
+    std::optional<VolumeSnapshot> sessionBaseline_;
+    SpaceDelta midnightDelta_;
+    SpaceDelta lastOpenDelta_;
+    std::optional<TimePoint> lastRefresh_;
+    std::optional<TimePoint> lastStorageSurvey_;
+    std::vector<TrackedFile> desktopFiles_;
+    std::vector<TrackedFile> downloadFiles_;
+    BrimvaleSettings settings_;
+    bool fullDiskAccessGranted_ = false;
+    bool didReadFullDiskAccess_ = false;
+    bool isOnboardingPresented_ = false;
+    std::optional<std::string> errorMessage_;
+    std::optional<std::string> banner_;
+    std::optional<CleanupNotice> cleanupNotice_;
+    std::optional<CleanupNotice> deferredCleanupNotice_;
+    SidebarSection currentScreen_ = SidebarSection::overview;
+    SidebarSection focusSection_ = SidebarSection::overview;
+    int focusSectionToken_ = 0;
+    bool wantsCleanupSheet_ = false;
+    Uuid previewToken_ = Uuid::generate();
+    Uuid storageSurveyToken_ = Uuid::generate();
+    Uuid duplicatesToken_ = Uuid::generate();
+    Uuid spaceMapToken_ = Uuid::generate();
+    std::optional<CleanupPlan> cleanupPlan_;
+    std::set<std::string> cleanupExcluded_;
+    CleanupSheetMode cleanupSheetMode_ = CleanupSheetMode::clean;
+    bool isCleanupSheetPresented_ = false;
+    std::optional<FolderAccess> folderAccess_; // made on first use, from the model's store
+    FolderAccessState folderState_;
+};
+
+} // namespace bv

@@ -1,0 +1,42 @@
+// Steps of start-up, the tick and the settings that belong to features with files of their
+// own. Each feature moves its hook's body into its own AppModel<Feature>.cpp when it lands;
+// what is left here does nothing yet, on purpose.
+#include "core/AppModel.h"
+
+namespace bv {
+
+// Auto-Sort: offer the default sort rule once.
+void AppModel::seedDefaultRules() {
+    if (settings_.didSeedDefaultRules) return;
+    settings_.didSeedDefaultRules = true;
+    saveSettings();
+}
+
+// Activity log: bring the lifetime counters up to the log.
+void AppModel::backfillLifetimeCounters() {}
+
+// Notifications: the low-space category and the action router.
+void AppModel::registerNotifications() {}
+
+// Links: the "brimvale:" handler and the folder hand-over.
+void AppModel::installLinkService() {}
+
+// Auto-Arrange: bring the live watcher in line with the rules.
+void AppModel::alignArrangeWatcher() {}
+
+// Low-space alerts: evaluate the latest reading against the limits.
+void AppModel::evaluateLowSpace(const VolumeSnapshot&, TimePoint) {}
+
+// Cues and sounds.
+void AppModel::playCue(const char*, double) {}
+void AppModel::reevaluateCues() {}
+
+// Login item: register or unregister; the error text when that failed.
+std::optional<std::string> AppModel::applyLoginItem(bool) { return std::nullopt; }
+bool AppModel::loginItemEnabled() const { return settings_.launchAtLogin; }
+
+// The tick's due checks after the refresh: Autopilot, Auto-Sort, Auto-Arrange, Build Watch
+// and the build suggestion scan, in that order, each guarded by its own in-flight flag.
+void AppModel::dueChecksOnTick() {}
+
+} // namespace bv

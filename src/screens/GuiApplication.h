@@ -1,0 +1,17 @@
+#pragma once
+
+class QQmlApplicationEngine;
+class QQuickWindow;
+
+namespace bv {
+
+class AppModel;
+
+// Builds the application object, the model and the main window, and runs the event loop.
+int runGuiApplication(int argc, char** argv);
+
+// Makes AppModel reachable from QML as the singleton `AppModel` (import Brimvale.Core) and
+// loads the main window into `engine`. Returns the window, or nullptr when QML failed.
+QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model);
+
+} // namespace bv

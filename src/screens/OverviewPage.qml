@@ -1,0 +1,165 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Brimvale.Core
+
+// What can go back right now: the disk's free space, how it moved, what arrived today.
+Item {
+    id: page
+    property string title: "Overview"
+    property string tagline: "What can go back, right now"
+
+    ScrollView {
+        anchors.fill: parent
+        contentWidth: availableWidth
+        ColumnLayout {
+            width: page.width
+            spacing: Theme.spacing
+            Item { implicitHeight: 12 }
+            SectionHeader {
+                title: page.title
+                tagline: page.tagline
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+            }
+
+            Card {
+                title: "Storage"
+                trailing: AppModel.storageScanning || AppModel.isRefreshing ? "Scanning…" : AppModel.volumeName
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+                readonly property bool measured: AppModel.totalBytes >= 1
+
+                RowLayout {
+                    visible: parent.parent.measured
+                    spacing: 6
+                    Text {
+                        text: AppModel.freeText
+                        font.pixelSize: 28
+                        font.weight: Font.Bold
+                        color: Theme.text
+                    }
+                    Text {
+                        text: " free of " + AppModel.totalText
+                        font.pixelSize: Theme.headingSize
+                        color: Theme.secondaryText
+                        Layout.alignment: Qt.AlignBaseline
+                    }
+                }
+                Rectangle {
+                    visible: parent.parent.measured
+                    Layout.fillWidth: true
+                    implicitHeight: 14
+                    radius: 7
+                    color: "#e6e9ef"
+                    Rectangle {
+                        width: AppModel.totalBytes > 0 ? parent.width * (1 - AppModel.freeBytes / AppModel.totalBytes) : 0
+                        height: parent.height
+                        radius: 7
+                        color: Theme.accent
+                    }
+                }
+                Text {
+                    visible: parent.parent.measured && AppModel.midnightDeltaText.length > 0
+                    text: AppModel.midnightDeltaText
+                    font.pixelSize: Theme.bodySize
+                    color: Theme.secondaryText
+                }
+                Text {
+                    visible: parent.parent.measured && AppModel.lastOpenDeltaText.length > 0
+                    text: AppModel.lastOpenDeltaText
+                    font.pixelSize: Theme.bodySize
+                    color: Theme.secondaryText
+                }
+                RowLayout {
+                    visible: !parent.parent.measured && !AppModel.isRefreshing
+                    spacing: 12
+                    Text {
+                        text: "Couldn't measure the disk"
+                        font.pixelSize: Theme.bodySize
+                        color: Theme.danger
+                    }
+                    Button {
+                        text: "Retry"
+                        onClicked: AppModel.refresh()
+                    }
+                }
+                Text {
+                    visible: !parent.parent.measured && AppModel.isRefreshing
+                    text: "Scanning…"
+                    font.pixelSize: Theme.bodySize
+                    color: Theme.secondaryText
+                }
+            }
+
+            Card {
+                title: "New today"
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+                Text {
+                    visible: AppModel.newTodayFiles.length === 0
+                    text: "Nothing new on your Desktop or in Downloads."
+                    font.pixelSize: Theme.bodySize
+                    color: Theme.secondaryText
+                }
+                Repeater {
+                    model: AppModel.newTodayFiles
+                    delegate: RowLayout {
+                        required property var modelData
+                        Layout.fillWidth: true
+                        spacing: 10
+                        Rectangle {
+                            implicitWidth: 28
+                            implicitHeight: 28
+                            radius: 6
+                            color: Theme.accentSoft
+                            Text {
+                                anchors.centerIn: parent
+                                text: modelData.location === "Desktop" ? "▣" : "↓"
+                                color: Theme.accent
+                                font.pixelSize: 14
+                            }
+                        }
+                        ColumnLayout {
+                            spacing: 0
+                            Layout.fillWidth: true
+                            Text {
+                                text: modelData.name
+                                font.pixelSize: Theme.bodySize
+                                color: Theme.text
+                                elide: Text.ElideMiddle
+                                Layout.fillWidth: true
+                            }
+                            Text {
+                                text: modelData.kind + " · " + modelData.location + " · " + modelData.addedText
+                                font.pixelSize: Theme.captionSize
+                                color: Theme.tertiaryText
+                            }
+                        }
+                        Text {
+                            text: modelData.sizeText
+                            font.pixelSize: Theme.bodySize
+                            color: Theme.secondaryText
+                        }
+                    }
+                }
+            }
+
+            RowLayout {
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+                Layout.bottomMargin: 20
+                Text {
+                    text: AppModel.statusLine
+                    font.pixelSize: Theme.captionSize
+                    color: Theme.tertiaryText
+                    Layout.fillWidth: true
+                }
+                Button {
+                    text: "Refresh"
+                    onClicked: AppModel.refreshEverything()
+                }
+            }
+        }
+    }
+}
