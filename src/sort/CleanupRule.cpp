@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "foundation/Base64.h"
+#include "core/StoredBookmark.h"
 #include "foundation/PhraseText.h"
 
 namespace bv {
@@ -35,7 +35,7 @@ Json CleanupRule::toJson() const {
     if (namePrefix) j["namePrefix"] = *namePrefix;
     if (minimumAgeDays) j["minimumAgeDays"] = *minimumAgeDays;
     if (destinationPath) j["destinationPath"] = *destinationPath;
-    if (destinationBookmark) j["destinationBookmark"] = base64Encode(*destinationBookmark);
+    if (destinationBookmark) j["destinationBookmark"] = StoredBookmark::encodeBase64(*destinationBookmark);
     j["isEnabled"] = isEnabled;
     putDate(j, "createdAt", createdAt);
     return j;
@@ -54,7 +54,7 @@ CleanupRule CleanupRule::fromJson(const Json& json) {
     rule.minimumAgeDays = r.optionalInteger("minimumAgeDays");
     rule.destinationPath = r.optionalText("destinationPath");
     if (auto encoded = r.optionalText("destinationBookmark")) {
-        rule.destinationBookmark = base64Decode(*encoded);
+        rule.destinationBookmark = StoredBookmark::decodeBase64(*encoded);
         if (!rule.destinationBookmark) throw DecodeError("bad bookmark data");
     }
     rule.isEnabled = r.boolean("isEnabled");

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "foundation/Base64.h"
 #include "foundation/PhraseText.h"
 #include "foundation/Regex.h"
 
@@ -57,14 +56,4 @@ TEST(PhraseText, SplitsTrimsAndCounts) {
     EXPECT_FALSE(parseWholeNumber("1 2", n));
     // Malformed UTF-8 is read as replacement characters, never past the end.
     EXPECT_EQ(splitWords("a\xff\xfe b").size(), 2u);
-}
-
-TEST(Base64, RoundTripsAndRefusesJunk) {
-    for (const std::string bytes : {std::string(), std::string("f"), std::string("fo"), std::string("foo"),
-                                    std::string("\x00\xff\x10\x80", 4)})
-        EXPECT_EQ(base64Decode(base64Encode(bytes)), bytes);
-    EXPECT_EQ(base64Encode("foob"), "Zm9vYg==");
-    EXPECT_EQ(base64Decode("Zm9vYg"), "foob");
-    EXPECT_FALSE(base64Decode("Zm9v!"));
-    EXPECT_FALSE(base64Decode("Z"));
 }
