@@ -307,11 +307,10 @@ Item {
         footer: DialogButtonBox {
             Button {
                 text: page.log.cancelButton
-                DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+                onClicked: clearDialog.close()
             }
             Button {
                 text: page.log.clearButton
-                DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
                 onClicked: {
                     AppModel.clearLog()
                     clearDialog.close()

@@ -1,5 +1,6 @@
 #pragma once
 #include <QObject>
+#include <QtQml/qqmlregistration.h>
 #include <QString>
 #include <QVariantList>
 #include <vector>
@@ -16,6 +17,7 @@ namespace bv {
 // thread. The search text is view state kept here so the list follows it.
 class ActivityLog : public QObject {
     Q_OBJECT
+    QML_ANONYMOUS
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(bv::HistoryListModel* entries READ entries CONSTANT)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY changed)

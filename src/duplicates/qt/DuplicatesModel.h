@@ -1,5 +1,6 @@
 #pragma once
 #include <QObject>
+#include <QtQml/qqmlregistration.h>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
@@ -29,6 +30,7 @@ class AppModel;
 // leaves the earlier groups as they were.
 class DuplicatesModel : public QObject {
     Q_OBJECT
+    QML_ANONYMOUS
     Q_PROPERTY(QVariantList roots READ rootList NOTIFY rootsChanged)
     Q_PROPERTY(QVariantList groups READ groupList NOTIFY groupsChanged)
     Q_PROPERTY(bool scanning READ duplicatesScanning NOTIFY scanningChanged)
