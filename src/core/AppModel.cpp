@@ -44,6 +44,7 @@ AppModel::AppModel(bool loadLiveData, QObject* parent)
     readVolume_ = [](const std::string& home, TimePoint now) { return readVolume(home, now); };
     now_ = [] { return Clock::now(); };
     clock_ = new RepeatingClock(this);
+    installCleanRun();
     if (!loadLiveData_) return;
 
     // Construction reads each state file once, in a fixed order, before the first frame.

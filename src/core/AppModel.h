@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "clean/CleanupNotice.h"
+#include "clean/qt/CleanRun.h"
 #include "core/AppPersistence.h"
 #include "core/BrimvaleSettings.h"
 #include "core/SidebarSection.h"
@@ -26,12 +28,6 @@ class QQmlEngine;
 class QJSEngine;
 namespace bv {
 class VolumeWatcher;
-
-struct CleanupNotice {
-    std::string title;
-    std::string message;
-    friend bool operator==(const CleanupNotice&, const CleanupNotice&) = default;
-};
 
 // The one observable object. Confined to the GUI thread: every method runs there, long work
 // leaves through QtConcurrent with plain copies and comes back through QFuture::then on this
@@ -68,6 +64,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bool wantsCleanupSheet READ wantsCleanupSheet NOTIFY wantsCleanupSheetChanged)
     Q_PROPERTY(QVariantList sidebarGroups READ sidebarGroups CONSTANT)
     Q_PROPERTY(QVariantList sections READ sections CONSTANT)
+    Q_PROPERTY(bv::CleanRun* cleanRun READ cleanRun CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -144,6 +141,8 @@ public:
     [[nodiscard]] const Uuid& duplicatesToken() const { return duplicatesToken_; }
     [[nodiscard]] const Uuid& spaceMapToken() const { return spaceMapToken_; }
     [[nodiscard]] RepeatingClock* clock() const { return clock_; }
+    // The preview sheet and the run of a Smart Clean (AppModelClean.cpp).
+    [[nodiscard]] CleanRun* cleanRun() const { return cleanRun_; }
     [[nodiscard]] const CalendarContext& calendar() const { return calendar_; }
 
     [[nodiscard]] QString volumeName() const;
@@ -234,11 +233,13 @@ private:
     [[nodiscard]] std::optional<std::string> applyLoginItem(bool enabled); // error text, if any
     [[nodiscard]] bool loginItemEnabled() const;
     void dueChecksOnTick();
+    void installCleanRun();
 
     const bool loadLiveData_;
     AppPersistence store_;
     CalendarContext calendar_;
     RepeatingClock* clock_ = nullptr;
+    CleanRun* cleanRun_ = nullptr;
     VolumeWatcher* volumeWatcher_ = nullptr;
     VolumeReadFn readVolume_;
     NowFn now_;
