@@ -120,6 +120,8 @@ ApplicationWindow {
         }
     }
 
+    CleanupSheet { id: cleanupSheet }
+
     Dialog {
         id: errorDialog
         title: "Something went wrong"
