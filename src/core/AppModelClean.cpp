@@ -24,6 +24,9 @@ void AppModel::installCleanRun() {
             saveSettings();
             emit settingsChanged();
         }
+        if (change.milestone)
+            emit cleanRun_->notificationPosted(QString::fromStdString(change.milestone->title),
+                                               QString::fromStdString(change.milestone->body));
     };
     host.didExplainTrashUndo = [this] { return settings_.didExplainTrashUndo; };
     host.markTrashUndoExplained = [this] {
