@@ -49,9 +49,9 @@ public:
     Cleaner() = default;
     explicit Cleaner(Environment environment) : env_(std::move(environment)) {}
 
-    // Applies one entry. Returns its log entry, or throws CleanerError, FileSystemError (the
-    // file system's own failure, e.g. a Trash on another drive) or ItemChangedError never:
-    // those become CleanerError (missing, symlink, stale).
+    // Applies one entry. Returns its log entry, or throws CleanerError or FileSystemError
+    // (the file system's own failure, e.g. a Trash on another drive). An item that changed
+    // under the cleaner's hands becomes CleanerError: missing, symlink or stale.
     [[nodiscard]] ActionLogEntry apply(const CleanupEntry& entry, const std::string& home, const KeptVersions& kept) const;
 
     struct ListResult {

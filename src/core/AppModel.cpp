@@ -46,6 +46,7 @@ AppModel::AppModel(bool loadLiveData, QObject* parent)
     now_ = [] { return Clock::now(); };
     clock_ = new RepeatingClock(this);
     setUpActivityLog();
+    installCleanRun();
     if (!loadLiveData_) return;
 
     // Construction reads each state file once, in a fixed order, before the first frame.

@@ -15,6 +15,8 @@
 #include <vector>
 
 #include "core/ActionLogEntry.h"
+#include "clean/CleanupNotice.h"
+#include "clean/qt/CleanRun.h"
 #include "core/AppPersistence.h"
 #include "core/BrimvaleSettings.h"
 #include "clean/CleanupPlan.h"
@@ -36,12 +38,6 @@ class QJSEngine;
 namespace bv {
 class VolumeWatcher;
 class NotificationCenter;
-
-struct CleanupNotice {
-    std::string title;
-    std::string message;
-    friend bool operator==(const CleanupNotice&, const CleanupNotice&) = default;
-};
 
 // The one observable object. Confined to the GUI thread: every method runs there, long work
 // leaves through QtConcurrent with plain copies and comes back through QFuture::then on this
@@ -88,6 +84,7 @@ class AppModel : public QObject {
     Q_PROPERTY(QString pendingWatchPath READ pendingWatchPath NOTIFY watchRequestChanged)
     // The Duplicates section (AppModelDuplicates.cpp, duplicates/qt/).
     Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
+    Q_PROPERTY(bv::CleanRun* cleanRun READ cleanRun CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -192,6 +189,8 @@ public:
     [[nodiscard]] const Uuid& duplicatesToken() const { return duplicatesToken_; }
     [[nodiscard]] const Uuid& spaceMapToken() const { return spaceMapToken_; }
     [[nodiscard]] RepeatingClock* clock() const { return clock_; }
+    // The preview sheet and the run of a Smart Clean (AppModelClean.cpp).
+    [[nodiscard]] CleanRun* cleanRun() const { return cleanRun_; }
     [[nodiscard]] const CalendarContext& calendar() const { return calendar_; }
 
     [[nodiscard]] QString volumeName() const;
@@ -325,11 +324,13 @@ private:
     void requestWatch(const QString& path, bool fromLink);
     // The total Smart Clean would offer now; the streak counts a clear disk as a tidy day.
     [[nodiscard]] std::int64_t reclaimableTotal() const;
+    void installCleanRun();
 
     const bool loadLiveData_;
     AppPersistence store_;
     CalendarContext calendar_;
     RepeatingClock* clock_ = nullptr;
+    CleanRun* cleanRun_ = nullptr;
     VolumeWatcher* volumeWatcher_ = nullptr;
     VolumeReadFn readVolume_;
     NowFn now_;

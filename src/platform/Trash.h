@@ -31,7 +31,9 @@ public:
     // followed. What landed is checked to be the pinned object; a stranger goes back and
     // ItemChangedError is thrown. `now` is the deletion date, written in local time.
     // Throws FileSystemError (EXDEV for a move across file systems) or ItemChangedError;
-    // in both cases no info file is left behind.
+    // no info file is left behind, with one exception: a stranger swapped in at the last
+    // instant whose old name is taken again before it can go back stays in the Trash with
+    // its record (the message says so), so it can be put back like any trashed item.
     [[nodiscard]] static Landing moveToTrash(PinnedItem& item, TimePoint now);
 
     // Convenience for callers that have only a path: pins the item as it is now, then moves it.

@@ -12,6 +12,7 @@
 #include "core/qt/SingleInstance.h"
 
 void qml_register_types_Brimvale_Core();
+void qml_register_types_Brimvale();
 
 namespace bv {
 
@@ -23,9 +24,11 @@ QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
     AppModel::setQmlInstance(&model);
     static const bool registered = [] {
         qml_register_types_Brimvale_Core();
+        qml_register_types_Brimvale(); // the screens' own C++ controls (HoldToConfirm)
         return true;
     }();
     (void)registered;
+    engine.addImportPath(QStringLiteral("qrc:/"));
     engine.load(QUrl(QStringLiteral("qrc:/Brimvale/Main.qml")));
     if (engine.rootObjects().isEmpty()) return nullptr;
     return qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());

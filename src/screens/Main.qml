@@ -121,6 +121,8 @@ ApplicationWindow {
         }
     }
 
+    CleanupSheet { id: cleanupSheet }
+
     Dialog {
         id: errorDialog
         title: "Something went wrong"

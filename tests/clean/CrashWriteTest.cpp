@@ -30,13 +30,16 @@ int killRounds() {
 const TimePoint kRunTime = fromEpochSeconds(1795000000);
 
 // Each generation's state file holds a payload and its own length, so a torn file shows.
-[[noreturn]] void writerLoop(const std::string& stateFile, const std::string& logsDir) {
-    for (std::int64_t generation = 0;; ++generation) {
+// Odd rounds begin with the manifest, so a kill can land in either writer however slow the
+// disk is.
+[[noreturn]] void writerLoop(const std::string& stateFile, const std::string& logsDir, bool manifestFirst) {
+    for (std::int64_t generation = manifestFirst ? 1 : 0;; ++generation) {
+        const bool writeState = generation % 2 == 0;
         Json state = Json::object();
         state["generation"] = generation;
         state["payload"] = std::string(static_cast<size_t>(40000 + generation % 7 * 9000), static_cast<char>('a' + generation % 26));
         state["payloadLength"] = state["payload"].get<std::string>().size();
-        (void)writeFileAtomically(stateFile, encodeJson(state));
+        if (writeState) (void)writeFileAtomically(stateFile, encodeJson(state));
 
         std::vector<ActionLogEntry> logs;
         for (int i = 0; i < 40 + generation % 30; ++i) {
@@ -50,7 +53,7 @@ const TimePoint kRunTime = fromEpochSeconds(1795000000);
             logs.push_back(e);
         }
         // The same moment every time: each write replaces the last one under the same name.
-        (void)CleanupManifest::write("clean", logs, {"Couldn’t clean X. It is already gone."}, kRunTime, logsDir, "dev");
+        if (!writeState) (void)CleanupManifest::write("clean", logs, {"Couldn’t clean X. It is already gone."}, kRunTime, logsDir, "dev");
     }
 }
 
@@ -62,12 +65,32 @@ TEST(CrashWrites, KilledWritersNeverLeaveATornFile) {
     const std::string logsDir = dir + "/Logs";
     const std::string manifest = logsDir + "/" + CleanupManifest::fileName(kRunTime);
     std::mt19937 rng(12345);
-    std::uniform_int_distribution<int> delayMicros(200, 15000);
+    std::uniform_int_distribution<int> delayMicros(200, 40000);
+    // Both files exist from the start, so every kill meets a file that a rewrite could tear.
+    {
+        const pid_t first = ::fork();
+        if (first == 0) {
+            // One full pass of each writer, then out.
+            Json state = Json::object();
+            state["payload"] = std::string(1000, 'a');
+            state["payloadLength"] = 1000;
+            (void)writeFileAtomically(stateFile, encodeJson(state));
+            ActionLogEntry e;
+            e.id = Uuid::generate();
+            e.date = kRunTime;
+            e.bytesReclaimed = 1;
+            e.sourcePath = "/x";
+            (void)CleanupManifest::write("clean", {e}, {"Couldn’t clean X. It is already gone."}, kRunTime, logsDir, "dev");
+            ::_exit(0);
+        }
+        ::waitpid(first, nullptr, 0);
+    }
+    ASSERT_TRUE(readWholeFile(stateFile) && readWholeFile(manifest));
     int rounds = 0, stateSeen = 0, manifestSeen = 0, torn = 0, leftovers = 0;
     for (int round = 0; round < killRounds(); ++round) {
         const pid_t pid = ::fork();
         ASSERT_GE(pid, 0);
-        if (pid == 0) writerLoop(stateFile, logsDir);
+        if (pid == 0) writerLoop(stateFile, logsDir, round % 2 == 1);
         std::this_thread::sleep_for(std::chrono::microseconds(delayMicros(rng)));
         ::kill(pid, SIGKILL);
         int status = 0;
@@ -106,10 +129,12 @@ TEST(CrashWrites, KilledWritersNeverLeaveATornFile) {
             }
         }
     }
-    std::cout << "[  CRASH   ] kills " << rounds << ", state file present after " << stateSeen << ", manifest present after "
-              << manifestSeen << ", torn files " << torn << ", temporary leftovers cleared " << leftovers << "\n";
+    std::cout << "[  CRASH   ] kills " << rounds << ", state file checked after " << stateSeen << ", manifest checked after "
+              << manifestSeen << ", torn files " << torn << ", kills that left a temporary file (caught mid-write) "
+              << leftovers << "\n";
     EXPECT_EQ(torn, 0);
     EXPECT_GE(rounds, 200);
-    EXPECT_GT(stateSeen, rounds / 2);
-    EXPECT_GT(manifestSeen, rounds / 4);
+    EXPECT_EQ(stateSeen, rounds) << "the state file must never vanish";
+    EXPECT_EQ(manifestSeen, rounds) << "the manifest must never vanish";
+    EXPECT_GT(leftovers, 0) << "no kill landed inside a write: the test proved nothing";
 }
