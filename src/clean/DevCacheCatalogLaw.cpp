@@ -249,7 +249,8 @@ bool DevCacheCatalog::hasGitComponent(std::string_view path) {
     // Looked for in the raw text too, so "x/.git/.." is refused although it standardizes away.
     for (const auto part : componentsOf(path))
         if (part == ".git") return true;
-    for (const auto part : componentsOf(standardizedPath(path)))
+    const std::string standard = standardizedPath(path); // the views below point into it
+    for (const auto part : componentsOf(standard))
         if (part == ".git") return true;
     return false;
 }

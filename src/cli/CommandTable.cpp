@@ -6,11 +6,15 @@ namespace bv::cli {
 
 // Each command lives in its own file and is listed here once.
 int runOverview(const std::vector<std::string>& args);
+int runMap(const std::vector<std::string>& args);
+int runCaches(const std::vector<std::string>& args);
 int runDuplicates(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
         {"overview", "overview [--json]", "free space, changes since midnight and since the last visit, and today's new files", runOverview},
+        {"map", "map [--json] PATH", "every folder above the size floor under PATH, largest first, with sizes and file counts", runMap},
+        {"caches", "caches [--json]", "developer caches and large tool folders in your home, with sizes and what may go", runCaches},
         {"duplicates", "duplicates [--min BYTES] [--json] PATH...", "identical files under the folders, largest first", runDuplicates},
     };
     return table;

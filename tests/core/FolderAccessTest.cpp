@@ -141,7 +141,7 @@ TEST(FolderAccess, GrantStoresSavesAndReplaces) {
 TEST(FolderAccess, ResolveIsAPathLookup) {
     const std::string dir = bv::test::TestEnvironment::freshFolder("resolve");
     EXPECT_EQ(SecurityBookmark::resolve(dir), (SecurityBookmark::Resolved{dir, std::nullopt}));
-    for (const std::string bad : {std::string(), std::string("relative"), dir + "/missing", dir + std::string("\0x", 2)})
+    for (const std::string& bad : {std::string(), std::string("relative"), dir + "/missing", dir + std::string("\0x", 2)})
         EXPECT_FALSE(SecurityBookmark::resolve(bad)) << bad;
 }
 

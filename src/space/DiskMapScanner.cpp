@@ -1,0 +1,202 @@
+#include "space/DiskMapScanner.h"
+
+#include <climits>
+#include <cstdlib>
+
+#include <algorithm>
+#include <atomic>
+#include <deque>
+#include <mutex>
+
+#include "platform/MountTable.h"
+#include "space/ParallelWalk.h"
+
+namespace bv {
+namespace {
+
+// A folder at most kMaxDepth below the root. Deeper folders report into their ancestor at
+// that depth, so the tally is bounded by the folders near the top, not by the disk.
+struct Node {
+    std::string path;
+    std::int64_t parent;
+    int depth;
+    std::atomic<std::int64_t> bytes{0};
+    std::atomic<std::int64_t> files{0};
+    Node(std::string p, std::int64_t par, int d) : path(std::move(p)), parent(par), depth(d) {}
+};
+
+// Slots handed to the walk are indices into a deque that only grows; a lock guards
+// growth and lookup, and folder totals are added once per folder.
+class MapVisitor final : public ParallelWalk::Visitor {
+public:
+    MapVisitor(const std::string& root, DiskMapProgress& progress) : progress_(progress) {
+        nodes_.emplace_back(root, -1, 0);
+    }
+
+    std::int64_t enterFolder(std::int64_t parentSlot, const std::string& path, int depth) override {
+        if (depth > DiskMapScanner::kMaxDepth) return parentSlot;
+        std::lock_guard lock(mutex_);
+        nodes_.emplace_back(path, parentSlot, depth);
+        return static_cast<std::int64_t>(nodes_.size() - 1);
+    }
+
+    void folderDone(std::int64_t slot, const std::string& path, std::int64_t b, std::int64_t f,
+                    std::int64_t subfolders) override {
+        Node* node;
+        {
+            std::lock_guard lock(mutex_);
+            node = &nodes_[static_cast<std::size_t>(slot)];
+        }
+        node->bytes.fetch_add(b, std::memory_order_relaxed);
+        node->files.fetch_add(f, std::memory_order_relaxed);
+        progress_.update([&](DiskMapCounts& c) {
+            c.files += f;
+            c.bytes += b;
+            c.folders += subfolders;
+            c.current = path;
+        });
+    }
+
+    void folderUnreadable(const std::string&) override {
+        unreadable_.fetch_add(1, std::memory_order_relaxed);
+        progress_.update([](DiskMapCounts& c) { ++c.unreadable; });
+    }
+
+    // After the walk: each folder's figures include its subfolders'. Parents precede their
+    // children in the deque, so one backward pass adds every folder into its parent.
+    std::vector<DiskMapScanner::FolderTally> tally() {
+        std::vector<DiskMapScanner::FolderTally> out(nodes_.size());
+        for (std::size_t i = 0; i < nodes_.size(); ++i) {
+            const Node& n = nodes_[i];
+            out[i] = {n.path, n.parent, n.depth, n.bytes.load(), n.files.load()};
+        }
+        for (std::size_t i = out.size(); i-- > 1;) {
+            auto& parent = out[static_cast<std::size_t>(out[i].parent)];
+            parent.bytes += out[i].bytes;
+            parent.files += out[i].files;
+        }
+        return out;
+    }
+
+    std::int64_t unreadable() const { return unreadable_.load(); }
+
+private:
+    DiskMapProgress& progress_;
+    std::mutex mutex_;
+    std::deque<Node> nodes_;
+    std::atomic<std::int64_t> unreadable_{0};
+};
+
+std::string lastComponent(const std::string& path) {
+    if (path == "/") return "/";
+    std::string p = path;
+    while (p.size() > 1 && p.back() == '/') p.pop_back();
+    const auto slash = p.rfind('/');
+    return slash == std::string::npos ? p : p.substr(slash + 1);
+}
+
+} // namespace
+
+std::int64_t DiskMapScanner::sizeFloor(std::int64_t totalBytes) {
+    return totalBytes > 19'999'999'999 ? totalBytes / 20000 : 1'000'000;
+}
+
+std::string DiskMapScanner::realPath(const std::string& path) {
+    char buffer[PATH_MAX];
+    if (::realpath(path.c_str(), buffer)) return buffer;
+    return path;
+}
+
+const std::vector<std::string>& DiskMapScanner::excludedTrees() {
+    static const std::vector<std::string> trees{"/proc", "/sys", "/dev", "/run"};
+    return trees;
+}
+
+std::vector<std::string> DiskMapScanner::exclusionsFor(const std::string& root, const std::vector<std::string>& trees) {
+    std::vector<std::string> out;
+    for (const auto& t : trees) {
+        const bool holdsRoot = root == t || (root.size() > t.size() && root.compare(0, t.size(), t) == 0 &&
+                                             root[t.size()] == '/');
+        if (!holdsRoot) out.push_back(t);
+    }
+    return out;
+}
+
+std::string DiskMapScanner::displayName(const std::string& rootPath, const std::string& homePath,
+                                        const std::string& rootFileSystemName) {
+    if (rootPath == "/") {
+        if (!rootFileSystemName.empty()) return rootFileSystemName;
+        if (auto entry = MountTable::containing(MountTable::read(), "/")) return MountTable::displayName(*entry);
+        return "/";
+    }
+    if (!homePath.empty() && (rootPath == homePath || rootPath == realPath(homePath))) return "Home";
+    return lastComponent(rootPath);
+}
+
+DiskMapNode DiskMapScanner::buildTree(const std::vector<FolderTally>& tally, const std::string& rootName,
+                                      std::int64_t floor) {
+    DiskMapNode root;
+    if (tally.empty()) return root;
+    const std::size_t n = tally.size();
+    std::vector<char> kept(n, 0);
+    kept[0] = 1;
+    for (std::size_t i = 1; i < n; ++i) {
+        if (tally[i].bytes < floor) continue;
+        // The folder and its ancestors up to the root or one already kept.
+        for (std::int64_t j = static_cast<std::int64_t>(i); j > 0 && !kept[static_cast<std::size_t>(j)];
+             j = tally[static_cast<std::size_t>(j)].parent)
+            kept[static_cast<std::size_t>(j)] = 1;
+    }
+    std::vector<std::vector<std::size_t>> children(n);
+    for (std::size_t i = 1; i < n; ++i)
+        if (kept[i]) children[static_cast<std::size_t>(tally[i].parent)].push_back(i);
+
+    std::function<DiskMapNode(std::size_t)> make = [&](std::size_t i) {
+        DiskMapNode node;
+        node.path = tally[i].path;
+        node.name = i == 0 ? rootName : lastComponent(tally[i].path);
+        node.bytes = tally[i].bytes;
+        node.fileCount = tally[i].files;
+        auto& list = children[i];
+        std::sort(list.begin(), list.end(), [&](std::size_t a, std::size_t b) {
+            if (tally[a].bytes != tally[b].bytes) return tally[a].bytes > tally[b].bytes;
+            return tally[a].path < tally[b].path;
+        });
+        node.children.reserve(list.size());
+        for (std::size_t c : list) node.children.push_back(make(c));
+        return node;
+    };
+    return make(0);
+}
+
+DiskMap DiskMapScanner::scan(const std::string& root, DiskMapProgress& progress,
+                             const std::function<bool()>& shouldStop, const Options& options) {
+    DiskMap map;
+    map.rootPath = realPath(root);
+    const std::string name = displayName(map.rootPath, options.homePath, options.rootFileSystemName);
+
+    ParallelWalk::Options walk;
+    walk.threads = options.threads;
+    walk.checkEvery = 64;
+    walk.shouldStop = shouldStop;
+    walk.stayOnFileSystem = true;
+    walk.excluded = exclusionsFor(map.rootPath, options.excludedTrees ? *options.excludedTrees : excludedTrees());
+
+    MapVisitor visitor(map.rootPath, progress);
+    const auto outcome = ParallelWalk::run(map.rootPath, 0, visitor, walk);
+    map.scannedAt = options.now ? *options.now : Clock::now();
+    map.unreadableCount = visitor.unreadable();
+    if (!outcome.rootOpened) {
+        map.root.path = map.rootPath;
+        map.root.name = name;
+        return map;
+    }
+    const auto tally = visitor.tally();
+    map.totalBytes = tally[0].bytes;
+    map.fileCount = tally[0].files;
+    map.truncated = outcome.stopped;
+    map.root = buildTree(tally, name, sizeFloor(map.totalBytes));
+    return map;
+}
+
+} // namespace bv

@@ -1,0 +1,229 @@
+#include "space/ParallelWalk.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace bv {
+namespace {
+
+// An open folder handle, shared by the subfolders queued from it so they can be opened
+// relative to it; closed when the last of them has been opened.
+struct Handle {
+    int fd = -1;
+    explicit Handle(int f) : fd(f) {}
+    ~Handle() {
+        if (fd >= 0) ::close(fd);
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+};
+
+struct Item {
+    std::shared_ptr<Handle> parent; // null for the root
+    std::string path;
+    std::uint32_t nameAt = 0; // where the last component starts in `path`
+    int depth = 0;
+    std::int64_t slot = 0;
+};
+
+constexpr int kOpenFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr std::size_t kBufferSize = 64 * 1024;
+
+class Walk {
+public:
+    Walk(ParallelWalk::Visitor& visitor, const ParallelWalk::Options& options) : visitor_(visitor), options_(options) {}
+
+    ParallelWalk::Outcome run(const std::string& root, std::int64_t rootSlot) {
+        ParallelWalk::Outcome outcome;
+        const int fd = ::open(root.c_str(), kOpenFlags);
+        if (fd < 0) {
+            visitor_.folderUnreadable(root);
+            return outcome;
+        }
+        outcome.rootOpened = true;
+        struct stat st {};
+        if (::fstat(fd, &st) == 0) rootDevice_ = st.st_dev;
+
+        // The root is read on this thread; the pool starts only when it left work behind.
+        std::vector<Item> found;
+        std::vector<char> buffer(kBufferSize);
+        std::uint64_t entries = 0;
+        Item rootItem{nullptr, root, 0, 0, rootSlot};
+        readFolder(rootItem, std::make_shared<Handle>(fd), found, buffer, entries);
+        if (!found.empty()) {
+            const int threads = std::max(1, options_.threads > 0 ? options_.threads : ParallelWalk::defaultThreads());
+            {
+                std::lock_guard lock(mutex_);
+                for (auto& item : found) stack_.push_back(std::move(item));
+            }
+            found.clear();
+            std::vector<std::thread> pool;
+            pool.reserve(static_cast<std::size_t>(threads - 1));
+            for (int i = 1; i < threads; ++i) pool.emplace_back([this] { work(); });
+            work();
+            for (auto& t : pool) t.join();
+        }
+        outcome.stopped = stop_.load(std::memory_order_relaxed);
+        return outcome;
+    }
+
+private:
+    void work() {
+        std::vector<Item> found;
+        std::vector<char> buffer(kBufferSize);
+        std::uint64_t entries = 0;
+        for (;;) {
+            Item item;
+            {
+                std::unique_lock lock(mutex_);
+                idle_.wait(lock, [this] { return !stack_.empty() || busy_ == 0 || stop_.load(std::memory_order_relaxed); });
+                if (stop_.load(std::memory_order_relaxed)) {
+                    stack_.clear();
+                    idle_.notify_all();
+                    return;
+                }
+                if (stack_.empty()) return; // nothing queued and nobody reading: done
+                item = std::move(stack_.back());
+                stack_.pop_back();
+                ++busy_;
+            }
+            openAndRead(item, found, buffer, entries);
+            {
+                std::lock_guard lock(mutex_);
+                --busy_;
+                if (!stop_.load(std::memory_order_relaxed))
+                    for (auto& f : found) stack_.push_back(std::move(f));
+            }
+            found.clear();
+            idle_.notify_all();
+        }
+    }
+
+    void openAndRead(Item& item, std::vector<Item>& found, std::vector<char>& buffer, std::uint64_t& entries) {
+        int fd = ::openat(item.parent->fd, item.path.c_str() + item.nameAt, kOpenFlags | O_NOFOLLOW);
+        if (fd < 0 && (errno == EMFILE || errno == ENFILE)) fd = ::open(item.path.c_str(), kOpenFlags | O_NOFOLLOW);
+        item.parent.reset();
+        if (fd < 0) {
+            visitor_.folderUnreadable(item.path);
+            return;
+        }
+        if (options_.stayOnFileSystem) {
+            struct stat st {};
+            if (::fstat(fd, &st) != 0 || st.st_dev != rootDevice_) {
+                ::close(fd);
+                return; // another file system mounted here: not ours to count
+            }
+        }
+        readFolder(item, std::make_shared<Handle>(fd), found, buffer, entries);
+    }
+
+    bool shouldStop() {
+        if (stop_.load(std::memory_order_relaxed)) return true;
+        const bool late = options_.deadline && std::chrono::steady_clock::now() >= *options_.deadline;
+        if (late || (options_.shouldStop && options_.shouldStop())) {
+            stop_.store(true, std::memory_order_relaxed);
+            idle_.notify_all();
+            return true;
+        }
+        return false;
+    }
+
+    bool isExcluded(const std::string& path) const {
+        for (const auto& e : options_.excluded)
+            if (path == e) return true;
+        return false;
+    }
+
+    void readFolder(const Item& item, const std::shared_ptr<Handle>& handle, std::vector<Item>& found,
+                    std::vector<char>& buffer, std::uint64_t& entries) {
+        std::int64_t bytes = 0, files = 0;
+        bool failed = false;
+        const int fd = handle->fd;
+        const std::uint64_t every = static_cast<std::uint64_t>(std::max(1, options_.checkEvery));
+        const std::size_t firstFound = found.size();
+        for (;;) {
+            const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
+            if (n == 0) break;
+            if (n < 0) {
+                failed = errno != EINTR;
+                if (failed) break;
+                continue;
+            }
+            for (ssize_t pos = 0; pos < n;) {
+                const auto* de = reinterpret_cast<const dirent64*>(buffer.data() + pos);
+                pos += de->d_reclen;
+                const char* name = de->d_name;
+                if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
+                if (++entries % every == 0 && shouldStop()) goto done;
+                unsigned char type = de->d_type;
+                struct statx sx {};
+                bool haveStat = false;
+                if (type == DT_UNKNOWN || (type != DT_DIR && type != DT_LNK)) {
+                    if (::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                                STATX_TYPE | STATX_SIZE | STATX_BLOCKS, &sx) != 0)
+                        continue; // vanished since the listing: nothing to count
+                    haveStat = true;
+                    if (S_ISDIR(sx.stx_mode)) type = DT_DIR;
+                    else if (S_ISLNK(sx.stx_mode)) type = DT_LNK;
+                }
+                if (type == DT_LNK) continue; // links count nothing and are never followed
+                if (type == DT_DIR) {
+                    Item child;
+                    child.path.reserve(item.path.size() + 1 + std::strlen(name));
+                    child.path = item.path;
+                    if (child.path.empty() || child.path.back() != '/') child.path.push_back('/');
+                    child.nameAt = static_cast<std::uint32_t>(child.path.size());
+                    child.path += name;
+                    if (!options_.excluded.empty() && isExcluded(child.path)) continue;
+                    child.depth = item.depth + 1;
+                    child.parent = handle;
+                    child.slot = visitor_.enterFolder(item.slot, child.path, child.depth);
+                    found.push_back(std::move(child));
+                    continue;
+                }
+                if (!haveStat) continue;
+                ++files;
+                bytes += ParallelWalk::countedSize((sx.stx_mask & STATX_BLOCKS) != 0,
+                                                   static_cast<std::int64_t>(sx.stx_blocks),
+                                                   static_cast<std::int64_t>(sx.stx_size));
+            }
+        }
+    done:
+        if (failed) visitor_.folderUnreadable(item.path);
+        visitor_.folderDone(item.slot, item.path, bytes, files, static_cast<std::int64_t>(found.size() - firstFound));
+    }
+
+    ParallelWalk::Visitor& visitor_;
+    const ParallelWalk::Options& options_;
+    dev_t rootDevice_ = 0;
+    std::atomic<bool> stop_{false};
+    std::mutex mutex_;
+    std::condition_variable idle_;
+    std::vector<Item> stack_;
+    int busy_ = 0;
+};
+
+} // namespace
+
+ParallelWalk::Outcome ParallelWalk::run(const std::string& root, std::int64_t rootSlot, Visitor& visitor,
+                                        const Options& options) {
+    Walk walk(visitor, options);
+    return walk.run(root, rootSlot);
+}
+
+int ParallelWalk::defaultThreads() {
+    const unsigned cores = std::thread::hardware_concurrency();
+    return static_cast<int>(std::clamp(cores, 2u, 8u));
+}
+
+} // namespace bv
