@@ -54,15 +54,20 @@ int runDuplicates(const std::vector<std::string>& args) {
     bool json = false;
     std::int64_t minimum = kDefaultMinimumBytes;
     std::vector<std::string> paths;
+    bool optionsEnded = false; // after "--" every word is a folder, even one starting with "-"
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];
-        if (a == "--json") {
+        if (optionsEnded) {
+            paths.push_back(a);
+        } else if (a == "--") {
+            optionsEnded = true;
+        } else if (a == "--json") {
             json = true;
         } else if (a == "--min") {
             if (i + 1 >= args.size() || !parseBytes(args[i + 1], minimum))
                 return usageError(self, "--min needs a number of bytes");
             ++i;
-        } else if (a.rfind("--", 0) == 0 && a != "--") {
+        } else if (a.size() > 1 && a.front() == '-') {
             return usageError(self, "unknown option " + a);
         } else {
             paths.push_back(a);
