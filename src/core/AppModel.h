@@ -16,6 +16,7 @@
 #include "foundation/Uuid.h"
 #include "space/NewToday.h"
 #include "space/SpaceHistory.h"
+#include "space/qt/SpaceMapModel.h"
 
 namespace bv {
 
@@ -61,6 +62,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bool wantsCleanupSheet READ wantsCleanupSheet NOTIFY wantsCleanupSheetChanged)
     Q_PROPERTY(QVariantList sidebarGroups READ sidebarGroups CONSTANT)
     Q_PROPERTY(QVariantList sections READ sections CONSTANT)
+    Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -159,6 +161,8 @@ public:
     [[nodiscard]] bool wantsCleanupSheet() const { return wantsCleanupSheet_; }
     [[nodiscard]] QVariantList sidebarGroups() const;
     [[nodiscard]] QVariantList sections() const;
+    // The Space Map's state (AppModelSpace.cpp), made on first use and owned by this model.
+    [[nodiscard]] SpaceMapModel* spaceMap() const;
 
     void setErrorMessage(std::optional<std::string> message);
     void setBanner(std::optional<std::string> text);
@@ -258,6 +262,7 @@ private:
     Uuid storageSurveyToken_ = Uuid::generate();
     Uuid duplicatesToken_ = Uuid::generate();
     Uuid spaceMapToken_ = Uuid::generate();
+    mutable SpaceMapModel* spaceMap_ = nullptr;
 };
 
 } // namespace bv

@@ -75,7 +75,7 @@ ApplicationWindow {
             PlaceholderPage { title: "Duplicates"; tagline: "Copies, confirmed byte for byte" }
             PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
             PlaceholderPage { title: "Autopilot"; tagline: "Build folders gone on a schedule" }
-            PlaceholderPage { title: "Space Map"; tagline: "Every byte, biggest first" }
+            SpaceMapPage {}
             PlaceholderPage { title: "History"; tagline: "Everything you got back" }
             PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
             PlaceholderPage { title: "Auto-Arrange"; tagline: "Files to their folder, by name" }
