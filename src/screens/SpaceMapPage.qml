@@ -133,9 +133,14 @@ Item {
             Card {
                 visible: page.sm.hasMap
                 title: page.sm.nodeName + " · " + page.sm.nodeBytesText
-                trailing: page.sm.mapSummary
                 Layout.leftMargin: 28
                 Layout.rightMargin: 28
+
+                Text {
+                    text: page.sm.mapSummary
+                    font.pixelSize: Theme.captionSize
+                    color: Theme.secondaryText
+                }
 
                 RowLayout {
                     spacing: 4
@@ -184,6 +189,7 @@ Item {
                     Item {
                         id: mapArea
                         Layout.fillWidth: true
+                        Layout.minimumWidth: 280
                         implicitHeight: 340
                         readonly property var tiles: page.sm.nodeChildren.length >= 0 && width > 0
                                                      ? page.sm.treemap(width, height) : []
@@ -234,6 +240,8 @@ Item {
                     }
                     ColumnLayout {
                         Layout.preferredWidth: 300
+                        Layout.maximumWidth: 300
+                        Layout.fillWidth: false
                         Layout.alignment: Qt.AlignTop
                         spacing: 2
                         Text {

@@ -237,6 +237,7 @@ void SpaceMapModel::recompare() {
     deltas_ = selectedSnapshot_ ? MapSnapshots::compare(snapshots_, *selectedSnapshot_, map_ ? &*map_ : nullptr)
                                 : std::vector<SnapshotDiffer::Delta>{};
     emit comparisonChanged();
+    emit snapshotsChanged(); // each row shows whether it is the one compared
 }
 
 // ---- texts and lists for the screen ---------------------------------------------------------
