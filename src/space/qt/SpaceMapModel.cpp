@@ -112,8 +112,12 @@ void SpaceMapModel::start() {
     QtConcurrent::run([root, options, cancel, progress] {
         return DiskMapScanner::scan(root, *progress, [cancel] { return cancel->isCancelled(); }, options);
     }).then(this, [this, token](DiskMap map) {
-        if (token != token_) return; // a newer scan has started since
-        applyMap(std::move(map), static_cast<double>(elapsed_.elapsed()) / 1000.0);
+        // Always through the event loop, even when the scan finished before this continuation
+        // was attached: start() returns with the scan in flight, whatever its speed.
+        QMetaObject::invokeMethod(this, [this, token, map = std::move(map)]() mutable {
+            if (token != token_) return; // a newer scan has started since
+            applyMap(std::move(map), static_cast<double>(elapsed_.elapsed()) / 1000.0);
+        }, Qt::QueuedConnection);
     });
 }
 
