@@ -7,7 +7,6 @@
 #include <atomic>
 #include <deque>
 #include <mutex>
-#include <unordered_map>
 
 #include "platform/MountTable.h"
 #include "space/ParallelWalk.h"
@@ -19,11 +18,12 @@ namespace {
 // that depth, so the tally is bounded by the folders near the top, not by the disk.
 struct Node {
     std::string path;
-    std::int64_t parent;
+    std::int64_t index;  // position in the deque
+    std::int64_t parent; // the parent's index, -1 for the root
     int depth;
     std::atomic<std::int64_t> bytes{0};
     std::atomic<std::int64_t> files{0};
-    Node(std::string p, std::int64_t par, int d) : path(std::move(p)), parent(par), depth(d) {}
+    Node(std::string p, std::int64_t i, std::int64_t par, int d) : path(std::move(p)), index(i), parent(par), depth(d) {}
 };
 
 // Slots handed to the walk are the nodes' addresses (a deque never moves what it holds), so
@@ -32,15 +32,16 @@ struct Node {
 class MapVisitor final : public ParallelWalk::Visitor {
 public:
     MapVisitor(const std::string& root, DiskMapProgress& progress) : progress_(progress) {
-        nodes_.emplace_back(root, -1, 0);
+        nodes_.emplace_back(root, 0, -1, 0);
     }
 
     std::int64_t rootSlot() { return slotOf(&nodes_.front()); }
 
     std::int64_t enterFolder(std::int64_t parentSlot, const std::string& path, int depth) override {
         if (depth > DiskMapScanner::kMaxDepth) return parentSlot;
+        const std::int64_t parent = reinterpret_cast<Node*>(static_cast<std::intptr_t>(parentSlot))->index;
         std::lock_guard lock(mutex_);
-        nodes_.emplace_back(path, parentSlot, depth);
+        nodes_.emplace_back(path, static_cast<std::int64_t>(nodes_.size()), parent, depth);
         return slotOf(&nodes_.back());
     }
 
@@ -71,13 +72,10 @@ public:
     // After the walk: each folder's figures include its subfolders'. Parents precede their
     // children in the deque, so one backward pass adds every folder into its parent.
     std::vector<DiskMapScanner::FolderTally> tally() {
-        std::unordered_map<std::int64_t, std::int64_t> indexOf;
-        indexOf.reserve(nodes_.size());
         std::vector<DiskMapScanner::FolderTally> out(nodes_.size());
         for (std::size_t i = 0; i < nodes_.size(); ++i) {
-            const Node& n = nodes_[i];
-            indexOf[slotOf(&n)] = static_cast<std::int64_t>(i);
-            out[i] = {n.path, i == 0 ? -1 : indexOf.at(n.parent), n.depth, n.bytes.load(), n.files.load()};
+            Node& n = nodes_[i];
+            out[i] = {std::move(n.path), n.parent, n.depth, n.bytes.load(), n.files.load()};
         }
         for (std::size_t i = out.size(); i-- > 1;) {
             auto& parent = out[static_cast<std::size_t>(out[i].parent)];

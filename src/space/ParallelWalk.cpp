@@ -2,7 +2,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -54,6 +56,15 @@ public:
         outcome.rootOpened = true;
         struct stat st {};
         if (::fstat(fd, &st) == 0) rootDevice_ = st.st_dev;
+        // These local file systems fill a listing buffer until the folder ends, so a listing
+        // that leaves plenty of the buffer unused is the last one, and the extra call that
+        // would return nothing can be skipped. Only trusted when the walk never leaves them.
+        struct statfs fs {};
+        if (options_.stayOnFileSystem && ::fstatfs(fd, &fs) == 0) {
+            const auto type = static_cast<unsigned long>(fs.f_type);
+            shortReadEndsListing_ = type == EXT4_SUPER_MAGIC || type == XFS_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC ||
+                                    type == TMPFS_MAGIC;
+        }
 
         // The root is read on this thread; the pool starts only when it left work behind.
         std::vector<Item> found;
@@ -199,6 +210,7 @@ private:
                 if (failed) break;
                 continue;
             }
+            const bool last = shortReadEndsListing_ && static_cast<std::size_t>(n) + 2048 < buffer.size();
             for (ssize_t pos = 0; pos < n;) {
                 const auto* de = reinterpret_cast<const dirent64*>(buffer.data() + pos);
                 pos += de->d_reclen;
@@ -237,6 +249,7 @@ private:
                                                    static_cast<std::int64_t>(sx.stx_blocks),
                                                    static_cast<std::int64_t>(sx.stx_size));
             }
+            if (last) break;
         }
     done:
         if (failed) visitor_.folderUnreadable(item.path);
@@ -246,6 +259,7 @@ private:
     ParallelWalk::Visitor& visitor_;
     const ParallelWalk::Options& options_;
     dev_t rootDevice_ = 0;
+    bool shortReadEndsListing_ = false;
     std::atomic<bool> stop_{false};
     std::mutex mutex_;
     std::condition_variable idle_;
