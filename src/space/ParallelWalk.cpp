@@ -15,6 +15,9 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <unordered_set>
+
+#include "platform/MountTable.h"
 
 namespace bv {
 namespace {
@@ -44,7 +47,9 @@ constexpr std::size_t kBufferSize = 64 * 1024;
 
 class Walk {
 public:
-    Walk(ParallelWalk::Visitor& visitor, const ParallelWalk::Options& options) : visitor_(visitor), options_(options) {}
+    Walk(ParallelWalk::Visitor& visitor, const ParallelWalk::Options& options) : visitor_(visitor), options_(options) {
+        excluded_.insert(options.excluded.begin(), options.excluded.end());
+    }
 
     ParallelWalk::Outcome run(const std::string& root, std::int64_t rootSlot) {
         ParallelWalk::Outcome outcome;
@@ -56,6 +61,17 @@ public:
         outcome.rootOpened = true;
         struct stat st {};
         if (::fstat(fd, &st) == 0) rootDevice_ = st.st_dev;
+        // Staying on the root's file system: every mount point below the root is left out, which
+        // also keeps bind mounts from counting the same files twice. Without a readable mount
+        // table each folder's device is compared instead.
+        if (options_.stayOnFileSystem) {
+            const auto table = MountTable::read();
+            checkDevicePerFolder_ = table.empty();
+            const std::string prefix = root == "/" ? "/" : root + "/";
+            for (const auto& m : table)
+                if (m.mountPoint.size() > prefix.size() && m.mountPoint.compare(0, prefix.size(), prefix) == 0)
+                    excluded_.insert(m.mountPoint);
+        }
         // These local file systems fill a listing buffer until the folder ends, so a listing
         // that leaves plenty of the buffer unused is the last one, and the extra call that
         // would return nothing can be skipped. Only trusted when the walk never leaves them.
@@ -168,7 +184,7 @@ private:
             visitor_.folderUnreadable(item.path);
             return;
         }
-        if (options_.stayOnFileSystem) {
+        if (checkDevicePerFolder_) {
             struct stat st {};
             if (::fstat(fd, &st) != 0 || st.st_dev != rootDevice_) {
                 ::close(fd);
@@ -189,11 +205,7 @@ private:
         return false;
     }
 
-    bool isExcluded(const std::string& path) const {
-        for (const auto& e : options_.excluded)
-            if (path == e) return true;
-        return false;
-    }
+    bool isExcluded(const std::string& path) const { return excluded_.count(path) > 0; }
 
     void readFolder(const Item& item, const std::shared_ptr<Handle>& handle, std::vector<Item>& found,
                     std::vector<char>& buffer, std::uint64_t& entries) {
@@ -236,7 +248,7 @@ private:
                     if (child.path.empty() || child.path.back() != '/') child.path.push_back('/');
                     child.nameAt = static_cast<std::uint32_t>(child.path.size());
                     child.path += name;
-                    if (!options_.excluded.empty() && isExcluded(child.path)) continue;
+                    if (!excluded_.empty() && isExcluded(child.path)) continue;
                     child.depth = item.depth + 1;
                     child.parent = handle;
                     child.slot = visitor_.enterFolder(item.slot, child.path, child.depth);
@@ -260,6 +272,8 @@ private:
     const ParallelWalk::Options& options_;
     dev_t rootDevice_ = 0;
     bool shortReadEndsListing_ = false;
+    bool checkDevicePerFolder_ = false;
+    std::unordered_set<std::string> excluded_;
     std::atomic<bool> stop_{false};
     std::mutex mutex_;
     std::condition_variable idle_;
