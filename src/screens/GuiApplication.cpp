@@ -9,13 +9,17 @@
 
 #include "core/AppModel.h"
 
+void qml_register_types_Brimvale_Core();
+
 namespace bv {
 
 QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
-    qmlRegisterSingletonInstance("Brimvale.Core", 1, 0, "AppModel", &model);
-    // Feature objects the model hands to QML by pointer must be known types first.
-    qmlRegisterUncreatableType<SpaceMapModel>("Brimvale.Core", 1, 0, "SpaceMapModel", "owned by AppModel");
-    (void)model.spaceMap(); // made before any binding reads it
+    AppModel::setQmlInstance(&model);
+    static const bool registered = [] {
+        qml_register_types_Brimvale_Core();
+        return true;
+    }();
+    (void)registered;
     engine.load(QUrl(QStringLiteral("qrc:/Brimvale/Main.qml")));
     if (engine.rootObjects().isEmpty()) return nullptr;
     return qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());

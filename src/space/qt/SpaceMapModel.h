@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QTimer>
 #include <QVariantList>
+#include <QtQml/qqmlregistration.h>
 
 #include <functional>
 #include <memory>
@@ -28,6 +29,8 @@ namespace bv {
 // which a token comparison drops when a newer scan has started since.
 class SpaceMapModel : public QObject {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The space map belongs to AppModel.")
     Q_PROPERTY(QString rootPath READ rootPath NOTIFY rootChanged)
     Q_PROPERTY(QString rootName READ rootName NOTIFY rootChanged)
     Q_PROPERTY(QString estimateText READ estimateText NOTIFY estimateChanged)
