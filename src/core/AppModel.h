@@ -28,6 +28,7 @@
 #include "foundation/Uuid.h"
 #include "space/NewToday.h"
 #include "space/SpaceHistory.h"
+#include "space/qt/SpaceMapModel.h"
 
 namespace bv {
 
@@ -85,6 +86,7 @@ class AppModel : public QObject {
     // The Duplicates section (AppModelDuplicates.cpp, duplicates/qt/).
     Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
     Q_PROPERTY(bv::CleanRun* cleanRun READ cleanRun CONSTANT)
+    Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -220,6 +222,8 @@ public:
     [[nodiscard]] bool wantsCleanupSheet() const { return wantsCleanupSheet_; }
     [[nodiscard]] QVariantList sidebarGroups() const;
     [[nodiscard]] QVariantList sections() const;
+    // The Space Map's state (AppModelSpace.cpp), made on first use and owned by this model.
+    [[nodiscard]] SpaceMapModel* spaceMap() const;
 
     void setErrorMessage(std::optional<std::string> message);
 
@@ -376,6 +380,7 @@ private:
     std::optional<QString> pendingWatchPath_;
     bool pendingWatchFromLink_ = false;
     mutable DuplicatesModel* duplicates_ = nullptr; // child object, made on first use
+    mutable SpaceMapModel* spaceMap_ = nullptr;
 };
 
 } // namespace bv

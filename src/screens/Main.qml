@@ -95,7 +95,7 @@ ApplicationWindow {
             DuplicatesPage {}
             PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
             PlaceholderPage { title: "Autopilot"; tagline: "Build folders gone on a schedule" }
-            PlaceholderPage { title: "Space Map"; tagline: "Every byte, biggest first" }
+            SpaceMapPage {}
             HistoryPage {}
             PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
             PlaceholderPage { title: "Auto-Arrange"; tagline: "Files to their folder, by name" }

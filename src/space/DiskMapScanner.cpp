@@ -18,48 +18,55 @@ namespace {
 // that depth, so the tally is bounded by the folders near the top, not by the disk.
 struct Node {
     std::string path;
-    std::int64_t parent;
+    std::int64_t index;  // position in the deque
+    std::int64_t parent; // the parent's index, -1 for the root
     int depth;
     std::atomic<std::int64_t> bytes{0};
     std::atomic<std::int64_t> files{0};
-    Node(std::string p, std::int64_t par, int d) : path(std::move(p)), parent(par), depth(d) {}
+    Node(std::string p, std::int64_t i, std::int64_t par, int d) : path(std::move(p)), index(i), parent(par), depth(d) {}
 };
 
-// Slots handed to the walk are indices into a deque that only grows; a lock guards
-// growth and lookup, and folder totals are added once per folder.
+// Slots handed to the walk are the nodes' addresses (a deque never moves what it holds), so
+// a finished folder adds its totals without a lock. Only making a node takes the lock, and
+// the progress holder is refreshed every 32nd folder from lock-free counters.
 class MapVisitor final : public ParallelWalk::Visitor {
 public:
     MapVisitor(const std::string& root, DiskMapProgress& progress) : progress_(progress) {
-        nodes_.emplace_back(root, -1, 0);
+        nodes_.emplace_back(root, 0, -1, 0);
     }
+
+    std::int64_t rootSlot() { return slotOf(&nodes_.front()); }
 
     std::int64_t enterFolder(std::int64_t parentSlot, const std::string& path, int depth) override {
         if (depth > DiskMapScanner::kMaxDepth) return parentSlot;
+        const std::int64_t parent = reinterpret_cast<Node*>(static_cast<std::intptr_t>(parentSlot))->index;
         std::lock_guard lock(mutex_);
-        nodes_.emplace_back(path, parentSlot, depth);
-        return static_cast<std::int64_t>(nodes_.size() - 1);
+        nodes_.emplace_back(path, static_cast<std::int64_t>(nodes_.size()), parent, depth);
+        return slotOf(&nodes_.back());
     }
 
     void folderDone(std::int64_t slot, const std::string& path, std::int64_t b, std::int64_t f,
                     std::int64_t subfolders) override {
-        Node* node;
-        {
-            std::lock_guard lock(mutex_);
-            node = &nodes_[static_cast<std::size_t>(slot)];
-        }
+        Node* node = reinterpret_cast<Node*>(static_cast<std::intptr_t>(slot));
         node->bytes.fetch_add(b, std::memory_order_relaxed);
         node->files.fetch_add(f, std::memory_order_relaxed);
-        progress_.update([&](DiskMapCounts& c) {
-            c.files += f;
-            c.bytes += b;
-            c.folders += subfolders;
-            c.current = path;
-        });
+        files_.fetch_add(f, std::memory_order_relaxed);
+        bytes_.fetch_add(b, std::memory_order_relaxed);
+        folders_.fetch_add(subfolders, std::memory_order_relaxed);
+        if (done_.fetch_add(1, std::memory_order_relaxed) % 32 == 0) publish(&path);
     }
 
-    void folderUnreadable(const std::string&) override {
-        unreadable_.fetch_add(1, std::memory_order_relaxed);
-        progress_.update([](DiskMapCounts& c) { ++c.unreadable; });
+    void folderUnreadable(const std::string&) override { unreadable_.fetch_add(1, std::memory_order_relaxed); }
+
+    // Brings the shared progress up to the counters; `current` names the folder just read.
+    void publish(const std::string* current) {
+        progress_.update([&](DiskMapCounts& c) {
+            c.files = files_.load(std::memory_order_relaxed);
+            c.bytes = bytes_.load(std::memory_order_relaxed);
+            c.folders = folders_.load(std::memory_order_relaxed);
+            c.unreadable = unreadable_.load(std::memory_order_relaxed);
+            if (current) c.current = *current;
+        });
     }
 
     // After the walk: each folder's figures include its subfolders'. Parents precede their
@@ -67,8 +74,8 @@ public:
     std::vector<DiskMapScanner::FolderTally> tally() {
         std::vector<DiskMapScanner::FolderTally> out(nodes_.size());
         for (std::size_t i = 0; i < nodes_.size(); ++i) {
-            const Node& n = nodes_[i];
-            out[i] = {n.path, n.parent, n.depth, n.bytes.load(), n.files.load()};
+            Node& n = nodes_[i];
+            out[i] = {std::move(n.path), n.parent, n.depth, n.bytes.load(), n.files.load()};
         }
         for (std::size_t i = out.size(); i-- > 1;) {
             auto& parent = out[static_cast<std::size_t>(out[i].parent)];
@@ -81,10 +88,13 @@ public:
     std::int64_t unreadable() const { return unreadable_.load(); }
 
 private:
+    static std::int64_t slotOf(Node* n) { return static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(n)); }
+    static std::int64_t slotOf(const Node* n) { return slotOf(const_cast<Node*>(n)); }
+
     DiskMapProgress& progress_;
     std::mutex mutex_;
     std::deque<Node> nodes_;
-    std::atomic<std::int64_t> unreadable_{0};
+    std::atomic<std::int64_t> files_{0}, bytes_{0}, folders_{0}, unreadable_{0}, done_{0};
 };
 
 std::string lastComponent(const std::string& path) {
@@ -183,7 +193,8 @@ DiskMap DiskMapScanner::scan(const std::string& root, DiskMapProgress& progress,
     walk.excluded = exclusionsFor(map.rootPath, options.excludedTrees ? *options.excludedTrees : excludedTrees());
 
     MapVisitor visitor(map.rootPath, progress);
-    const auto outcome = ParallelWalk::run(map.rootPath, 0, visitor, walk);
+    const auto outcome = ParallelWalk::run(map.rootPath, visitor.rootSlot(), visitor, walk);
+    visitor.publish(nullptr);
     map.scannedAt = options.now ? *options.now : Clock::now();
     map.unreadableCount = visitor.unreadable();
     if (!outcome.rootOpened) {

@@ -20,7 +20,8 @@ namespace bv {
 // the size floor.
 //
 // Never entered, unless the root lies inside them: the pseudo file system trees (/proc, /sys,
-// /dev, /run), and any folder on another file system than the root's own.
+// /dev, /run). Never entered at all: the mount points below the root (other file systems and
+// bind mounts, which would count the same files twice), read from the mount table.
 class DiskMapScanner {
 public:
     static constexpr int kMaxDepth = 6;

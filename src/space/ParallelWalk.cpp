@@ -2,7 +2,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,7 +13,11 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <unordered_set>
+
+#include "platform/MountTable.h"
 
 namespace bv {
 namespace {
@@ -41,7 +47,9 @@ constexpr std::size_t kBufferSize = 64 * 1024;
 
 class Walk {
 public:
-    Walk(ParallelWalk::Visitor& visitor, const ParallelWalk::Options& options) : visitor_(visitor), options_(options) {}
+    Walk(ParallelWalk::Visitor& visitor, const ParallelWalk::Options& options) : visitor_(visitor), options_(options) {
+        excluded_.insert(options.excluded.begin(), options.excluded.end());
+    }
 
     ParallelWalk::Outcome run(const std::string& root, std::int64_t rootSlot) {
         ParallelWalk::Outcome outcome;
@@ -53,6 +61,26 @@ public:
         outcome.rootOpened = true;
         struct stat st {};
         if (::fstat(fd, &st) == 0) rootDevice_ = st.st_dev;
+        // Staying on the root's file system: every mount point below the root is left out, which
+        // also keeps bind mounts from counting the same files twice. Without a readable mount
+        // table each folder's device is compared instead.
+        if (options_.stayOnFileSystem) {
+            const auto table = MountTable::read();
+            checkDevicePerFolder_ = table.empty();
+            const std::string prefix = root == "/" ? "/" : root + "/";
+            for (const auto& m : table)
+                if (m.mountPoint.size() > prefix.size() && m.mountPoint.compare(0, prefix.size(), prefix) == 0)
+                    excluded_.insert(m.mountPoint);
+        }
+        // These local file systems fill a listing buffer until the folder ends, so a listing
+        // that leaves plenty of the buffer unused is the last one, and the extra call that
+        // would return nothing can be skipped. Only trusted when the walk never leaves them.
+        struct statfs fs {};
+        if (options_.stayOnFileSystem && ::fstatfs(fd, &fs) == 0) {
+            const auto type = static_cast<unsigned long>(fs.f_type);
+            shortReadEndsListing_ = type == EXT4_SUPER_MAGIC || type == XFS_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC ||
+                                    type == TMPFS_MAGIC;
+        }
 
         // The root is read on this thread; the pool starts only when it left work behind.
         std::vector<Item> found;
@@ -86,26 +114,65 @@ private:
             Item item;
             {
                 std::unique_lock lock(mutex_);
-                idle_.wait(lock, [this] { return !stack_.empty() || busy_ == 0 || stop_.load(std::memory_order_relaxed); });
+                if (stack_.empty() && busy_ > 0 && !stop_.load(std::memory_order_relaxed)) {
+                    ++waiting_;
+                    idle_.wait(lock, [this] { return !stack_.empty() || busy_ == 0 || stop_.load(std::memory_order_relaxed); });
+                    --waiting_;
+                }
                 if (stop_.load(std::memory_order_relaxed)) {
                     stack_.clear();
                     idle_.notify_all();
                     return;
                 }
-                if (stack_.empty()) return; // nothing queued and nobody reading: done
+                if (stack_.empty()) { // nothing queued and nobody reading: done
+                    idle_.notify_all();
+                    return;
+                }
                 item = std::move(stack_.back());
                 stack_.pop_back();
                 ++busy_;
             }
             openAndRead(item, found, buffer, entries);
+            // Keep one subfolder for this thread (depth first, its parent's handle still warm)
+            // and share the rest; wake only as many sleepers as there is work for.
+            std::optional<Item> keep;
+            if (!found.empty()) {
+                keep = std::move(found.back());
+                found.pop_back();
+            }
+            while (keep && !stop_.load(std::memory_order_relaxed)) {
+                if (!found.empty()) {
+                    std::size_t wake = 0;
+                    {
+                        std::lock_guard lock(mutex_);
+                        for (auto& f : found) stack_.push_back(std::move(f));
+                        wake = std::min<std::size_t>(found.size(), static_cast<std::size_t>(waiting_));
+                    }
+                    for (std::size_t i = 0; i < wake; ++i) idle_.notify_one();
+                    found.clear();
+                }
+                Item next = std::move(*keep);
+                keep.reset();
+                openAndRead(next, found, buffer, entries);
+                if (!found.empty()) {
+                    keep = std::move(found.back());
+                    found.pop_back();
+                }
+            }
+            std::size_t wake = 0;
+            bool finished = false;
             {
                 std::lock_guard lock(mutex_);
                 --busy_;
                 if (!stop_.load(std::memory_order_relaxed))
                     for (auto& f : found) stack_.push_back(std::move(f));
+                wake = std::min<std::size_t>(found.size(), static_cast<std::size_t>(waiting_));
+                finished = busy_ == 0 && stack_.empty();
             }
             found.clear();
-            idle_.notify_all();
+            if (finished) idle_.notify_all();
+            else
+                for (std::size_t i = 0; i < wake; ++i) idle_.notify_one();
         }
     }
 
@@ -117,7 +184,7 @@ private:
             visitor_.folderUnreadable(item.path);
             return;
         }
-        if (options_.stayOnFileSystem) {
+        if (checkDevicePerFolder_) {
             struct stat st {};
             if (::fstat(fd, &st) != 0 || st.st_dev != rootDevice_) {
                 ::close(fd);
@@ -138,11 +205,7 @@ private:
         return false;
     }
 
-    bool isExcluded(const std::string& path) const {
-        for (const auto& e : options_.excluded)
-            if (path == e) return true;
-        return false;
-    }
+    bool isExcluded(const std::string& path) const { return excluded_.count(path) > 0; }
 
     void readFolder(const Item& item, const std::shared_ptr<Handle>& handle, std::vector<Item>& found,
                     std::vector<char>& buffer, std::uint64_t& entries) {
@@ -159,6 +222,7 @@ private:
                 if (failed) break;
                 continue;
             }
+            const bool last = shortReadEndsListing_ && static_cast<std::size_t>(n) + 2048 < buffer.size();
             for (ssize_t pos = 0; pos < n;) {
                 const auto* de = reinterpret_cast<const dirent64*>(buffer.data() + pos);
                 pos += de->d_reclen;
@@ -184,7 +248,7 @@ private:
                     if (child.path.empty() || child.path.back() != '/') child.path.push_back('/');
                     child.nameAt = static_cast<std::uint32_t>(child.path.size());
                     child.path += name;
-                    if (!options_.excluded.empty() && isExcluded(child.path)) continue;
+                    if (!excluded_.empty() && isExcluded(child.path)) continue;
                     child.depth = item.depth + 1;
                     child.parent = handle;
                     child.slot = visitor_.enterFolder(item.slot, child.path, child.depth);
@@ -197,6 +261,7 @@ private:
                                                    static_cast<std::int64_t>(sx.stx_blocks),
                                                    static_cast<std::int64_t>(sx.stx_size));
             }
+            if (last) break;
         }
     done:
         if (failed) visitor_.folderUnreadable(item.path);
@@ -206,11 +271,15 @@ private:
     ParallelWalk::Visitor& visitor_;
     const ParallelWalk::Options& options_;
     dev_t rootDevice_ = 0;
+    bool shortReadEndsListing_ = false;
+    bool checkDevicePerFolder_ = false;
+    std::unordered_set<std::string> excluded_;
     std::atomic<bool> stop_{false};
     std::mutex mutex_;
     std::condition_variable idle_;
     std::vector<Item> stack_;
     int busy_ = 0;
+    int waiting_ = 0;
 };
 
 } // namespace
@@ -223,7 +292,9 @@ ParallelWalk::Outcome ParallelWalk::run(const std::string& root, std::int64_t ro
 
 int ParallelWalk::defaultThreads() {
     const unsigned cores = std::thread::hardware_concurrency();
-    return static_cast<int>(std::clamp(cores, 2u, 8u));
+    // Reading folders is mostly waiting in the kernel (and on the disk when caches are cold),
+    // so twice the cores keeps the disk queue full without crowding the machine.
+    return static_cast<int>(std::clamp(cores * 2, 4u, 16u));
 }
 
 } // namespace bv

@@ -25,7 +25,7 @@ public:
         std::optional<SteadyTime> deadline;  // past it the walk ends with what it has
         std::function<bool()> shouldStop;    // asked every `checkEvery` entries per thread
         int checkEvery = 32;
-        bool stayOnFileSystem = false;       // never enter a folder of another device than the root's
+        bool stayOnFileSystem = false;       // never enter a mount point below the root (another file system or a bind mount)
         // Absolute folders never entered (compared exactly against each folder's path).
         // The caller leaves out those that hold the root: a root inside one is still walked.
         std::vector<std::string> excluded;

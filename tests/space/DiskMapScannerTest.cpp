@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <functional>
 
 #include "space/DiskMapScanner.h"
@@ -185,7 +186,7 @@ TEST(DiskMapScanner, StopGivesATruncatedMapOfWhatWasCounted) {
     const std::string root = TestEnvironment::freshFolder("map-stop");
     for (int d = 0; d < 4; ++d)
         for (int i = 0; i < 100; ++i) writeFile(root + "/d" + std::to_string(d) + "/f" + std::to_string(i), "x");
-    int asked = 0;
+    std::atomic<int> asked{0}; // asked from every worker thread
     const DiskMap m = scanQuietly(root, {}, [&] { return ++asked >= 2; });
     EXPECT_TRUE(m.truncated);
     EXPECT_LT(m.fileCount, 400);

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+
+#include "core/AppModel.h"
+#include "platform/XdgPaths.h"
+#include "screens/GuiApplication.h"
+#include "support/TestEnvironment.h"
+
+using namespace bv;
+
+namespace {
+
+void spin(int ms) {
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+// A file that takes `bytes` of disk without writing them.
+void allocate(const std::string& path, long long bytes) {
+    test::writeFile(path, "");
+    const int fd = ::open(path.c_str(), O_WRONLY);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(::posix_fallocate(fd, 0, bytes), 0);
+    ::close(fd);
+}
+
+void mapAndWait(SpaceMapModel& sm) {
+    sm.start();
+    QElapsedTimer t;
+    t.start();
+    while (sm.scanning() && t.elapsed() < 10000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    ASSERT_FALSE(sm.scanning());
+}
+
+void save(QQuickWindow* window, const QString& name) {
+    spin(200);
+    const QImage image = window->grabWindow();
+    ASSERT_FALSE(image.isNull());
+    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
+    QDir().mkpath(dir);
+    EXPECT_TRUE(image.save(dir + "/" + name));
+}
+
+} // namespace
+
+// Maps a realistic folder through the real scan, shows it, then saves a snapshot, changes
+// the folder, maps it again and compares: one screenshot of each.
+TEST(Screens, SpaceMapShowsAMapAndAComparison) {
+    const std::string root = XdgPaths::home() + "/Space Map Sample";
+    allocate(root + "/Videos/holiday.mkv", 420'000'000);
+    allocate(root + "/Videos/Clips/clip-1.mp4", 90'000'000);
+    allocate(root + "/Projects/app/node_modules/pkg/index.js", 160'000'000);
+    allocate(root + "/Projects/app/build/out.bin", 60'000'000);
+    allocate(root + "/Pictures/2026/IMG_0001.jpg", 120'000'000);
+    allocate(root + "/Documents/Thesis.pdf", 45'000'000);
+    allocate(root + "/Music/Album/Track 1.flac", 80'000'000);
+    allocate(root + "/Downloads/installer.iso", 210'000'000);
+    test::writeFile(root + "/notes.txt", "hello");
+
+    AppModel model(true);
+    model.start();
+    QQmlApplicationEngine engine;
+    QQuickWindow* window = loadMainWindow(engine, model);
+    ASSERT_NE(window, nullptr);
+    SpaceMapModel& sm = *model.spaceMap();
+    sm.chooseRoot(QString::fromStdString(root));
+    mapAndWait(sm);
+    ASSERT_TRUE(sm.hasMap());
+    EXPECT_EQ(sm.nodeChildren().size(), 6);
+    model.focusOnSection("space");
+    save(window, "space-map.png");
+
+    sm.saveSnapshot();
+    allocate(root + "/Downloads/another.iso", 300'000'000);
+    test::removeTree(root + "/Videos/Clips");
+    allocate(root + "/Projects/app/build/out2.bin", 40'000'000);
+    mapAndWait(sm);
+    sm.compareWith(QString::fromStdString(sm.snapshotList().front().id.text()));
+    EXPECT_GE(sm.deltas().size(), 3);
+    window->resize(1120, 1500);
+    save(window, "space-map-compare.png");
+    test::removeTree(root);
+}
