@@ -15,18 +15,7 @@ void AppModel::installCleanRun() {
     host.now = [this] { return now_(); };
     host.readVolume = [this] { return readVolume_(XdgPaths::home(), now_()); };
     host.appendLogs = [this](const std::vector<ActionLogEntry>& added) {
-        if (!loadLiveData_) return;
-        // History is read from its file here until the History list lives in the model.
-        std::vector<ActionLogEntry> log = loadLog(store_);
-        const LogAddition change = addLogEntries(log, settings_, added, now_(), calendar_);
-        if (change.logChanged) saveLog(store_, log);
-        if (change.settingsChanged) {
-            saveSettings();
-            emit settingsChanged();
-        }
-        if (change.milestone)
-            emit cleanRun_->notificationPosted(QString::fromStdString(change.milestone->title),
-                                               QString::fromStdString(change.milestone->body));
+        if (loadLiveData_) addLogEntries(added);
     };
     host.didExplainTrashUndo = [this] { return settings_.didExplainTrashUndo; };
     host.markTrashUndoExplained = [this] {
@@ -44,6 +33,10 @@ void AppModel::installCleanRun() {
     host.logsFolder = [this] { return loadLiveData_ ? XdgPaths::logsDir() : std::string(); };
     host.appVersion = [] { return CleanupManifest::versionText(QCoreApplication::applicationVersion().toStdString(), ""); };
     cleanRun_ = new CleanRun(std::move(host), this);
+    // What the run tells the user after the window was left goes out as a notification.
+    connect(cleanRun_, &CleanRun::notificationPosted, this, [this](const QString& title, const QString& body) {
+        if (loadLiveData_) postNotification(title.toStdString(), body.toStdString());
+    });
 }
 
 } // namespace bv
