@@ -2,6 +2,7 @@
 #include <QObject>
 #include <QString>
 #include <QVariantList>
+#include <QVariantMap>
 #include <vector>
 
 #include "core/ActionLogEntry.h"
@@ -24,6 +25,8 @@ class ActivityLog : public QObject {
     Q_PROPERTY(QString weekTotalText READ weekTotalText NOTIFY changed)
     Q_PROPERTY(QString weekBadge READ weekBadge NOTIFY changed)
     Q_PROPERTY(QVariantList weekBars READ weekBars NOTIFY changed)
+    // Day title to its total's byte text ("" when nothing was freed), for section headers.
+    Q_PROPERTY(QVariantMap dayTotals READ dayTotals NOTIFY changed)
     Q_PROPERTY(int streak READ streak NOTIFY changed)
     Q_PROPERTY(QString streakText READ streakText NOTIFY changed)
     Q_PROPERTY(QString lifetimeText READ lifetimeText NOTIFY changed)
@@ -59,6 +62,7 @@ public:
     // The sidebar's badge: the week's total when at least one byte, else nothing.
     [[nodiscard]] QString weekBadge() const;
     [[nodiscard]] QVariantList weekBars() const { return weekBars_; }
+    [[nodiscard]] QVariantMap dayTotals() const { return dayTotals_; }
     [[nodiscard]] int streak() const { return streak_; }
     [[nodiscard]] QString streakText() const;
     [[nodiscard]] QString lifetimeText() const;
@@ -83,6 +87,7 @@ private:
     HistoryListModel entries_;
     qint64 weekBytes_ = 0;
     QVariantList weekBars_;
+    QVariantMap dayTotals_;
     int streak_ = 0;
 };
 

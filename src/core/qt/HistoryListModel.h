@@ -22,6 +22,7 @@ public:
         iconName,
         sourcePath,
         destinationPath,
+        pathsText, // "~/Downloads/a.pdf → ~/Documents/a.pdf", the home folder shortened
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -32,12 +33,10 @@ public:
 
     // Replaces the content; `calendar` formats each entry's time.
     void setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar);
-    // The byte text of the day titled `dayTitle`, for section headers ("" when unknown).
-    Q_INVOKABLE QString totalTextForDay(const QString& dayTitle) const;
 
 private:
     struct Row {
-        QString dayTitle, dayTotalText, title, subtitle, sizeText, timeText, iconName, sourcePath, destinationPath;
+        QString dayTitle, dayTotalText, title, subtitle, sizeText, timeText, iconName, sourcePath, destinationPath, pathsText;
     };
     std::vector<Row> rows_;
 };
