@@ -1,5 +1,6 @@
 #include "core/qt/HistoryListModel.h"
 
+#include "core/DateTextFormatter.h"
 #include "core/SymbolIcons.h"
 #include "foundation/ByteText.h"
 #include "platform/XdgPaths.h"
@@ -51,6 +52,7 @@ QHash<int, QByteArray> HistoryListModel::roleNames() const {
 void HistoryListModel::setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar) {
     std::vector<Row> rows;
     const std::string home = XdgPaths::home();
+    const DateTextFormatter timeText(calendar, "jmm");
     for (const auto& day : days) {
         const QString dayTitle = q(day.title);
         const QString total = day.total >= 1 ? q(byteText(day.total)) : QString();
@@ -58,7 +60,7 @@ void HistoryListModel::setDays(const std::vector<ActivityDay>& days, const Calen
             rows.push_back({dayTitle, total, q(e.title), q(e.subtitle),
                             // A move frees nothing; its row shows no size rather than "0 GB".
                             e.bytesReclaimed >= 1 ? q(byteText(e.bytesReclaimed)) : QString(),
-                            q(calendar.shortTime(e.date)), q(freedesktopIconName(e.symbolName)), q(e.sourcePath),
+                            q(timeText.format(e.date)), q(freedesktopIconName(e.symbolName)), q(e.sourcePath),
                             q(e.destinationPath.value_or(std::string())),
                             e.destinationPath ? homeShortened(e.sourcePath, home) + QStringLiteral("  →  ") +
                                                     homeShortened(*e.destinationPath, home)
