@@ -1,4 +1,5 @@
 #pragma once
+#include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QString>
 #include <QVariantList>
@@ -17,6 +18,7 @@ namespace bv {
 // thread. The search text is view state kept here so the list follows it.
 class ActivityLog : public QObject {
     Q_OBJECT
+    QML_ANONYMOUS
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(bv::HistoryListModel* entries READ entries CONSTANT)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY changed)

@@ -1,4 +1,5 @@
 #pragma once
+#include <QtQml/qqmlregistration.h>
 #include <QAbstractListModel>
 #include <vector>
 
@@ -11,6 +12,7 @@ namespace bv {
 // newest first, entries newest first within a day.
 class HistoryListModel : public QAbstractListModel {
     Q_OBJECT
+    QML_ANONYMOUS
 public:
     enum class Role {
         dayTitle = Qt::UserRole + 1,
