@@ -304,14 +304,18 @@ Item {
             wrapMode: Text.WordWrap
             width: 340
         }
-        footer: DialogButtonBox {
+        footer: RowLayout {
+            spacing: 8
+            Item { Layout.fillWidth: true }
             Button {
                 text: page.log.cancelButton
-                DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+                Layout.bottomMargin: 12
+                onClicked: clearDialog.close()
             }
             Button {
                 text: page.log.clearButton
-                DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
+                Layout.rightMargin: 12
+                Layout.bottomMargin: 12
                 onClicked: {
                     AppModel.clearLog()
                     clearDialog.close()
