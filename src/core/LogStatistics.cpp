@@ -1,5 +1,7 @@
 #include "core/LogStatistics.h"
 
+#include "core/DateTextFormatter.h"
+
 #include <algorithm>
 #include <limits>
 #include <map>
@@ -23,6 +25,25 @@ std::int64_t sumBetween(const std::vector<ActionLogEntry>& log, TimePoint from, 
         if (e.date >= from && (!until || e.date < *until)) sum = saturatingAdd(sum, e.bytesReclaimed);
     return sum;
 }
+
+// Start of day for many dates, asking the calendar only when a date leaves the day last
+// asked about: the log is sorted by date, so a whole day of entries costs one lookup.
+class DayCache {
+public:
+    explicit DayCache(const CalendarContext& calendar) : calendar_(calendar) {}
+    TimePoint dayOf(TimePoint t) {
+        if (valid_ && t >= start_ && t < next_) return start_;
+        start_ = calendar_.startOfDay(t);
+        next_ = calendar_.addingDays(start_, 1);
+        valid_ = next_ > start_;
+        return start_;
+    }
+
+private:
+    const CalendarContext& calendar_;
+    TimePoint start_{}, next_{};
+    bool valid_ = false;
+};
 
 } // namespace
 
@@ -51,7 +72,8 @@ bool isClearNow(std::int64_t reclaimableBytes, bool devScanning, bool storageSca
 
 int tidyStreak(const std::vector<ActionLogEntry>& log, bool clearNow, TimePoint now, const CalendarContext& calendar) {
     std::set<TimePoint> days;
-    for (const auto& e : log) days.insert(calendar.startOfDay(e.date));
+    DayCache cache(calendar);
+    for (const auto& e : log) days.insert(cache.dayOf(e.date));
     TimePoint day = calendar.startOfDay(now);
     if (clearNow) days.insert(day);
     int count = 0;
@@ -121,13 +143,14 @@ std::vector<ActivityDay> activityDays(const std::vector<ActionLogEntry>& log, co
     const std::string needle = trimmedQuery(query);
     // Newest day first: a map ordered by descending start of day.
     std::map<TimePoint, ActivityDay, std::greater<>> byDay;
+    DayCache cache(calendar);
     for (const auto& e : log) {
         if (!needle.empty()) {
             const std::string haystack =
                 e.title + " " + e.subtitle + " " + e.sourcePath + " " + e.destinationPath.value_or(std::string());
             if (!calendar.containsIgnoringCase(haystack, needle)) continue;
         }
-        const TimePoint day = calendar.startOfDay(e.date);
+        const TimePoint day = cache.dayOf(e.date);
         ActivityDay& group = byDay[day];
         group.id = day;
         group.total = saturatingAdd(group.total, e.bytesReclaimed);
@@ -135,10 +158,18 @@ std::vector<ActivityDay> activityDays(const std::vector<ActionLogEntry>& log, co
     }
     std::vector<ActivityDay> out;
     out.reserve(byDay.size());
+    const TimePoint today = calendar.startOfDay(now);
+    const TimePoint yesterday = calendar.startOfDay(calendar.addingDays(today, -1));
+    std::optional<DateTextFormatter> dateText;
     for (auto& [day, group] : byDay) {
         std::stable_sort(group.entries.begin(), group.entries.end(),
                          [](const ActionLogEntry& a, const ActionLogEntry& b) { return a.date > b.date; });
-        group.title = activityDayTitle(day, now, calendar);
+        if (day == today) group.title = "Today";
+        else if (day == yesterday) group.title = "Yesterday";
+        else {
+            if (!dateText) dateText.emplace(calendar, "yMMMd");
+            group.title = dateText->format(day);
+        }
         out.push_back(std::move(group));
     }
     return out;

@@ -19,8 +19,15 @@ namespace bv {
 QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
     // Symbol icons come from the desktop's theme; without one (a bare session, offscreen
     // rendering) Adwaita stands in.
-    if (QIcon::fallbackThemeName().isEmpty() || QIcon::fallbackThemeName() == QLatin1String("hicolor"))
-        QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor")) {
+        QStringList paths = QIcon::themeSearchPaths();
+        QString dataDirs = qEnvironmentVariable("XDG_DATA_DIRS");
+        if (dataDirs.isEmpty()) dataDirs = QStringLiteral("/usr/local/share:/usr/share");
+        for (const QString& dir : dataDirs.split(QLatin1Char(':'), Qt::SkipEmptyParts))
+            if (!paths.contains(dir + QStringLiteral("/icons"))) paths << dir + QStringLiteral("/icons");
+        QIcon::setThemeSearchPaths(paths);
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
+    }
     AppModel::setQmlInstance(&model);
     static const bool registered = [] {
         qml_register_types_Brimvale_Core();

@@ -20,7 +20,8 @@ Item {
         Item { implicitHeight: 0 }
         RowLayout {
             Layout.fillWidth: true
-            SectionHeader { title: page.title; tagline: page.tagline }
+            SectionHeader { title: page.title; tagline: page.tagline; Layout.fillWidth: false }
+            Item { Layout.fillWidth: true }
             Button {
                 text: "Review && Clean"
                 Layout.alignment: Qt.AlignTop
@@ -33,6 +34,7 @@ Item {
             spacing: Theme.spacing
 
             Card {
+                id: weekCard
                 title: "This week"
                 Layout.preferredWidth: 2
                 RowLayout {
@@ -105,7 +107,8 @@ Item {
             Card {
                 title: "Streak"
                 Layout.preferredWidth: 1
-                Layout.fillHeight: true
+                Layout.preferredHeight: weekCard.implicitHeight
+                Layout.alignment: Qt.AlignTop
                 Text {
                     text: page.log.streakText
                     font.pixelSize: page.log.streak > 0 ? 26 : Theme.headingSize
@@ -120,7 +123,6 @@ Item {
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                 }
-                Item { Layout.fillHeight: true }
             }
         }
 
@@ -178,7 +180,7 @@ Item {
                             Layout.fillWidth: true
                         }
                         Text {
-                            text: page.log.entries.totalTextForDay(section)
+                            text: page.log.dayTotals[section] || ""
                             visible: text.length > 0
                             font.pixelSize: Theme.bodySize
                             font.weight: Font.DemiBold
@@ -193,8 +195,7 @@ Item {
                     required property string sizeText
                     required property string timeText
                     required property string iconName
-                    required property string sourcePath
-                    required property string destinationPath
+                    required property string pathsText
                     width: ListView.view.width
                     implicitHeight: 62
 
@@ -243,8 +244,7 @@ Item {
                                 Layout.fillWidth: true
                             }
                             Text {
-                                text: row.destinationPath.length > 0 ? row.sourcePath + "  →  " + row.destinationPath
-                                                                     : row.sourcePath
+                                text: row.pathsText
                                 font.pixelSize: Theme.captionSize
                                 color: Theme.tertiaryText
                                 elide: Text.ElideMiddle
@@ -304,13 +304,18 @@ Item {
             wrapMode: Text.WordWrap
             width: 340
         }
-        footer: DialogButtonBox {
+        footer: RowLayout {
+            spacing: 8
+            Item { Layout.fillWidth: true }
             Button {
                 text: page.log.cancelButton
+                Layout.bottomMargin: 12
                 onClicked: clearDialog.close()
             }
             Button {
                 text: page.log.clearButton
+                Layout.rightMargin: 12
+                Layout.bottomMargin: 12
                 onClicked: {
                     AppModel.clearLog()
                     clearDialog.close()

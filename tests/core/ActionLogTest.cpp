@@ -182,15 +182,3 @@ TEST(BackfillLifetimeCounters, CountsDistinctMinutesOfEntriesThatFreedSomething)
     ASSERT_TRUE(backfillLifetimeCounters({entry("tiny", 999'999'999, at(2026, 10, 1))}, small));
     EXPECT_EQ(small.lastMilestoneBytes, 0);
 }
-
-TEST(ClearLog, EmptiesTheListOnlyAndKeepsTheCounters) {
-    std::vector<ActionLogEntry> log{entry("a", 5, at(2026, 11, 15))};
-    BrimvaleSettings s;
-    (void)addLogEntries(log, s, {entry("b", 7, at(2026, 11, 15))}, at(2026, 11, 15), kBerlinUS);
-    const BrimvaleSettings before = s;
-    EXPECT_TRUE(clearLog(log));
-    EXPECT_TRUE(log.empty());
-    EXPECT_EQ(s, before);
-    EXPECT_FALSE(clearLog(log));
-    EXPECT_STREQ(ClearLogTexts::message, "This removes the history shown here. It does not put files back.");
-}

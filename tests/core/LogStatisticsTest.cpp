@@ -43,14 +43,6 @@ TEST(LogStatistics, WeekBeginsOnTheLocalesFirstWeekday) {
     EXPECT_EQ(bytesFreedThisWeek({log[1], log[2]}, at(2026, 11, 15, 18), kUS), 1000);
 }
 
-TEST(LogStatistics, RecentEntriesAreTheFirstThree) {
-    std::vector<ActionLogEntry> log;
-    for (int i = 0; i < 5; ++i) log.push_back(entry(i, kNow));
-    EXPECT_EQ(recentEntries(log), std::vector<ActionLogEntry>(log.begin(), log.begin() + 3));
-    log.resize(2);
-    EXPECT_EQ(recentEntries(log), log);
-}
-
 TEST(LogStatistics, StreakCountsRunsThatReachToday) {
     struct Case {
         std::vector<int> daysAgo; // one entry per value, 0 bytes unless noted below

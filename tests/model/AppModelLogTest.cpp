@@ -82,11 +82,13 @@ TEST_F(AppModelLogTest, AddingSavesBothFilesAndTheScreenFiguresFollow) {
     EXPECT_EQ(role(0, HistoryListModel::Role::iconName), "user-trash-symbolic");
     EXPECT_EQ(role(1, HistoryListModel::Role::dayTitle), "Yesterday");
     EXPECT_EQ(role(2, HistoryListModel::Role::sizeText), "") << "a move shows no size";
-    EXPECT_EQ(rows->totalTextForDay("Yesterday"), "900 MB");
+    EXPECT_EQ(log->dayTotals().value("Yesterday").toString(), "900 MB");
 
     log->setQuery("  downloads ");
     ASSERT_EQ(rows->rowCount(), 1);
     EXPECT_EQ(role(0, HistoryListModel::Role::title), "Moved report.pdf");
+    EXPECT_EQ(log->dayTotals().value("Yesterday").toString(), "") << "a day's total counts only what the search kept";
+    EXPECT_FALSE(log->dayTotals().contains("Today"));
 
     // Clearing empties History and its file, and keeps the counters.
     model.clearLog();

@@ -5,7 +5,8 @@ namespace bv::test {
 
 // Every test binary runs inside a temporary home: HOME and the XDG folders point into a
 // fresh folder made before the first test, so no test can touch the real home, Trash or
-// settings. The time zone and locale are pinned so calendar answers are the same anywhere.
+// settings, and the session bus points nowhere, so no test reaches the desktop's services.
+// The time zone and locale are pinned so calendar answers are the same anywhere.
 struct TestEnvironment {
     static void install();                     // called once by the test main
     [[nodiscard]] static const std::string& root();   // the temporary folder

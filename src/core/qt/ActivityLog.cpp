@@ -36,8 +36,13 @@ void ActivityLog::setQuery(const QString& query) {
 }
 
 void ActivityLog::recomputeList() {
-    entries_.setDays(activityDays(inputs_.log, query_.toStdString(), inputs_.now, inputs_.calendar),
-                     inputs_.calendar);
+    const auto days = activityDays(inputs_.log, query_.toStdString(), inputs_.now, inputs_.calendar);
+    QVariantMap totals;
+    for (const auto& day : days)
+        totals.insert(QString::fromStdString(day.title),
+                      day.total >= 1 ? QString::fromStdString(byteText(day.total)) : QString());
+    dayTotals_ = totals;
+    entries_.setDays(days, inputs_.calendar);
 }
 
 QString ActivityLog::weekTotalText() const { return QString::fromStdString(byteText(weekBytes_)); }

@@ -1,8 +1,10 @@
 #pragma once
+#include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 #include <QString>
 #include <QVariantList>
+#include <QVariantMap>
 #include <vector>
 
 #include "core/ActionLogEntry.h"
@@ -26,6 +28,8 @@ class ActivityLog : public QObject {
     Q_PROPERTY(QString weekTotalText READ weekTotalText NOTIFY changed)
     Q_PROPERTY(QString weekBadge READ weekBadge NOTIFY changed)
     Q_PROPERTY(QVariantList weekBars READ weekBars NOTIFY changed)
+    // Day title to its total's byte text ("" when nothing was freed), for section headers.
+    Q_PROPERTY(QVariantMap dayTotals READ dayTotals NOTIFY changed)
     Q_PROPERTY(int streak READ streak NOTIFY changed)
     Q_PROPERTY(QString streakText READ streakText NOTIFY changed)
     Q_PROPERTY(QString lifetimeText READ lifetimeText NOTIFY changed)
@@ -61,6 +65,7 @@ public:
     // The sidebar's badge: the week's total when at least one byte, else nothing.
     [[nodiscard]] QString weekBadge() const;
     [[nodiscard]] QVariantList weekBars() const { return weekBars_; }
+    [[nodiscard]] QVariantMap dayTotals() const { return dayTotals_; }
     [[nodiscard]] int streak() const { return streak_; }
     [[nodiscard]] QString streakText() const;
     [[nodiscard]] QString lifetimeText() const;
@@ -85,6 +90,7 @@ private:
     HistoryListModel entries_;
     qint64 weekBytes_ = 0;
     QVariantList weekBars_;
+    QVariantMap dayTotals_;
     int streak_ = 0;
 };
 

@@ -1,12 +1,20 @@
 #include "core/qt/HistoryListModel.h"
 
+#include "core/DateTextFormatter.h"
 #include "core/SymbolIcons.h"
 #include "foundation/ByteText.h"
+#include "platform/XdgPaths.h"
 
 namespace bv {
 namespace {
 
 QString q(const std::string& s) { return QString::fromStdString(s); }
+
+QString homeShortened(const std::string& path, const std::string& home) {
+    if (!home.empty() && home != "/" && path.rfind(home, 0) == 0 && (path.size() == home.size() || path[home.size()] == '/'))
+        return QStringLiteral("~") + q(path.substr(home.size()));
+    return q(path);
+}
 
 } // namespace
 
@@ -27,6 +35,7 @@ QVariant HistoryListModel::data(const QModelIndex& index, int role) const {
     case Role::iconName: return r.iconName;
     case Role::sourcePath: return r.sourcePath;
     case Role::destinationPath: return r.destinationPath;
+    case Role::pathsText: return r.pathsText;
     }
     if (role == Qt::DisplayRole) return r.title;
     return {};
@@ -37,11 +46,13 @@ QHash<int, QByteArray> HistoryListModel::roleNames() const {
             {int(Role::title), "title"},           {int(Role::subtitle), "subtitle"},
             {int(Role::sizeText), "sizeText"},     {int(Role::timeText), "timeText"},
             {int(Role::iconName), "iconName"},     {int(Role::sourcePath), "sourcePath"},
-            {int(Role::destinationPath), "destinationPath"}};
+            {int(Role::destinationPath), "destinationPath"}, {int(Role::pathsText), "pathsText"}};
 }
 
 void HistoryListModel::setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar) {
     std::vector<Row> rows;
+    const std::string home = XdgPaths::home();
+    const DateTextFormatter timeText(calendar, "jmm");
     for (const auto& day : days) {
         const QString dayTitle = q(day.title);
         const QString total = day.total >= 1 ? q(byteText(day.total)) : QString();
@@ -49,19 +60,16 @@ void HistoryListModel::setDays(const std::vector<ActivityDay>& days, const Calen
             rows.push_back({dayTitle, total, q(e.title), q(e.subtitle),
                             // A move frees nothing; its row shows no size rather than "0 GB".
                             e.bytesReclaimed >= 1 ? q(byteText(e.bytesReclaimed)) : QString(),
-                            q(calendar.shortTime(e.date)), q(freedesktopIconName(e.symbolName)), q(e.sourcePath),
-                            q(e.destinationPath.value_or(std::string()))});
+                            q(timeText.format(e.date)), q(freedesktopIconName(e.symbolName)), q(e.sourcePath),
+                            q(e.destinationPath.value_or(std::string())),
+                            e.destinationPath ? homeShortened(e.sourcePath, home) + QStringLiteral("  →  ") +
+                                                    homeShortened(*e.destinationPath, home)
+                                              : homeShortened(e.sourcePath, home)});
         }
     }
     beginResetModel();
     rows_ = std::move(rows);
     endResetModel();
-}
-
-QString HistoryListModel::totalTextForDay(const QString& dayTitle) const {
-    for (const auto& r : rows_)
-        if (r.dayTitle == dayTitle) return r.dayTotalText;
-    return {};
 }
 
 } // namespace bv

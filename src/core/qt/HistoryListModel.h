@@ -1,4 +1,5 @@
 #pragma once
+#include <QtQml/qqmlregistration.h>
 #include <QAbstractListModel>
 #include <vector>
 
@@ -11,6 +12,7 @@ namespace bv {
 // newest first, entries newest first within a day.
 class HistoryListModel : public QAbstractListModel {
     Q_OBJECT
+    QML_ANONYMOUS
 public:
     enum class Role {
         dayTitle = Qt::UserRole + 1,
@@ -22,6 +24,7 @@ public:
         iconName,
         sourcePath,
         destinationPath,
+        pathsText, // "~/Downloads/a.pdf → ~/Documents/a.pdf", the home folder shortened
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -32,12 +35,10 @@ public:
 
     // Replaces the content; `calendar` formats each entry's time.
     void setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar);
-    // The byte text of the day titled `dayTitle`, for section headers ("" when unknown).
-    Q_INVOKABLE QString totalTextForDay(const QString& dayTitle) const;
 
 private:
     struct Row {
-        QString dayTitle, dayTotalText, title, subtitle, sizeText, timeText, iconName, sourcePath, destinationPath;
+        QString dayTitle, dayTotalText, title, subtitle, sizeText, timeText, iconName, sourcePath, destinationPath, pathsText;
     };
     std::vector<Row> rows_;
 };
