@@ -6,10 +6,12 @@ namespace bv::cli {
 
 // Each command lives in its own file and is listed here once.
 int runOverview(const std::vector<std::string>& args);
+int runRules(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
         {"overview", "overview [--json]", "free space, changes since midnight and since the last visit, and today's new files", runOverview},
+        {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
     };
     return table;
 }
