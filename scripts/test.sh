@@ -36,12 +36,15 @@ UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1" \
     run_ctest build-asan
 
 step "qmllint"
+# Every category fails the run except unqualified access: Qt 6.4's linter cannot see ids of
+# the enclosing file from inside a delegate with required properties, so those are listed
+# for reading but do not fail.
 qmllint_bin=$(command -v qmllint6 || command -v qmllint || echo /usr/lib/qt6/bin/qmllint)
-"$qmllint_bin" -I build/src/screens -I build/src/screens/Brimvale --bare \
-    --unqualified disable --import disable --missing-property warning \
-    build/src/screens/Brimvale/*.qml src/screens/*.qml >/tmp/brimvale-qmllint.log 2>&1 || {
-    cat /tmp/brimvale-qmllint.log; echo "qmllint found problems"; exit 1; }
-echo "qmllint: clean"
+if "$qmllint_bin" -I build/qml --unqualified info build/qml/Brimvale/*.qml >build/qmllint.log 2>&1; then
+    echo "qmllint: no warnings ($(grep -c '^Info' build/qmllint.log || true) notes in build/qmllint.log)"
+else
+    cat build/qmllint.log; echo "qmllint found problems"; exit 1
+fi
 
 step "Fuzzing each decoder and parser for ${fuzz_seconds}s"
 CXX=clang++ scripts/build.sh build-fuzz -DCMAKE_CXX_COMPILER=clang++ -DBRIMVALE_FUZZ=ON

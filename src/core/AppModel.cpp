@@ -1,6 +1,7 @@
 #include "core/AppModel.h"
 
 #include <QCoreApplication>
+#include <QJSEngine>
 #include <QFuture>
 #include <QPointer>
 #include <QThread>
@@ -23,6 +24,17 @@ namespace {
 QString q(const std::string& s) { return QString::fromStdString(s); }
 
 } // namespace
+
+namespace {
+AppModel* g_qmlInstance = nullptr;
+}
+
+void AppModel::setQmlInstance(AppModel* model) { g_qmlInstance = model; }
+
+AppModel* AppModel::create(QQmlEngine*, QJSEngine* engine) {
+    if (g_qmlInstance && engine) engine->setObjectOwnership(g_qmlInstance, QJSEngine::CppOwnership);
+    return g_qmlInstance;
+}
 
 bool AppModel::liveDataFromEnvironment() { return qEnvironmentVariableIsEmpty("XCTestConfigurationFilePath") &&
                                                   !qEnvironmentVariableIsSet("XCTestConfigurationFilePath"); }
@@ -295,7 +307,7 @@ void AppModel::saveHistory() const { store_.saveJson(SpaceHistory::fileName(), h
 
 // ---- texts for the screens and the terminal -------------------------------------------------
 
-QString AppModel::byteText(qint64 bytes) const { return q(bv::byteText(bytes)); }
+QString AppModel::byteText(double bytes) const { return q(bv::byteText(static_cast<std::int64_t>(bytes))); }
 QString AppModel::volumeName() const { return q(latest_.volumeName); }
 QString AppModel::freeText() const { return q(bv::byteText(latest_.freeBytes)); }
 QString AppModel::totalText() const { return q(bv::byteText(latest_.totalBytes)); }

@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QVariantList>
 #include <QVariantMap>
+#include <QtQml/qqmlregistration.h>
 
 #include <functional>
 #include <optional>
@@ -25,6 +26,10 @@
 namespace bv {
 
 class RepeatingClock;
+}
+class QQmlEngine;
+class QJSEngine;
+namespace bv {
 class VolumeWatcher;
 
 struct CleanupNotice {
@@ -39,14 +44,16 @@ struct CleanupNotice {
 // Feature objects (log, clean-up, duplicates, space map, rules...) hang off it as members.
 class AppModel : public QObject {
     Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
     Q_PROPERTY(bool didStart READ didStart NOTIFY didStartChanged)
     Q_PROPERTY(bool isRefreshing READ isRefreshing NOTIFY isRefreshingChanged)
     Q_PROPERTY(bool storageScanning READ storageScanning NOTIFY storageScanningChanged)
     Q_PROPERTY(bool devScanning READ devScanning NOTIFY devScanningChanged)
     Q_PROPERTY(QString volumeName READ volumeName NOTIFY latestChanged)
-    Q_PROPERTY(qint64 freeBytes READ freeBytes NOTIFY latestChanged)
-    Q_PROPERTY(qint64 totalBytes READ totalBytes NOTIFY latestChanged)
+    Q_PROPERTY(double freeBytes READ freeBytesForQml NOTIFY latestChanged)
+    Q_PROPERTY(double totalBytes READ totalBytesForQml NOTIFY latestChanged)
     Q_PROPERTY(QString freeText READ freeText NOTIFY latestChanged)
     Q_PROPERTY(QString totalText READ totalText NOTIFY latestChanged)
     Q_PROPERTY(QString midnightDeltaText READ midnightDeltaText NOTIFY deltasChanged)
@@ -78,6 +85,10 @@ public:
     explicit AppModel(bool loadLiveData, QObject* parent = nullptr);
     ~AppModel() override;
 
+    // QML's way to the one model: the instance handed to setQmlInstance (owned by C++).
+    static AppModel* create(QQmlEngine*, QJSEngine*);
+    static void setQmlInstance(AppModel* model);
+
     // False when the environment holds XCTestConfigurationFilePath (kept for tooling that
     // sets it); true otherwise.
     [[nodiscard]] static bool liveDataFromEnvironment();
@@ -99,7 +110,7 @@ public:
     Q_INVOKABLE void clearWantsCleanupSheet();
     Q_INVOKABLE void dismissError();
     Q_INVOKABLE void dismissCleanupNotice();
-    Q_INVOKABLE QString byteText(qint64 bytes) const;
+    Q_INVOKABLE QString byteText(double bytes) const;
     // The selection stored across restarts ("sidebarSelection" in the user defaults).
     Q_INVOKABLE QString storedSelection() const;
     Q_INVOKABLE void storeSelection(const QString& name);
@@ -149,6 +160,9 @@ public:
     [[nodiscard]] QString volumeName() const;
     [[nodiscard]] qint64 freeBytes() const { return latest_.freeBytes; }
     [[nodiscard]] qint64 totalBytes() const { return latest_.totalBytes; }
+    // QML numbers are doubles; byte counts stay exact up to 9 PB.
+    [[nodiscard]] double freeBytesForQml() const { return static_cast<double>(latest_.freeBytes); }
+    [[nodiscard]] double totalBytesForQml() const { return static_cast<double>(latest_.totalBytes); }
     [[nodiscard]] QString freeText() const;
     [[nodiscard]] QString totalText() const;
     [[nodiscard]] QString midnightDeltaText() const;

@@ -9,10 +9,17 @@
 
 #include "core/AppModel.h"
 
+void qml_register_types_Brimvale_Core();
+
 namespace bv {
 
 QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
-    qmlRegisterSingletonInstance("Brimvale.Core", 1, 0, "AppModel", &model);
+    AppModel::setQmlInstance(&model);
+    static const bool registered = [] {
+        qml_register_types_Brimvale_Core();
+        return true;
+    }();
+    (void)registered;
     engine.load(QUrl(QStringLiteral("qrc:/Brimvale/Main.qml")));
     if (engine.rootObjects().isEmpty()) return nullptr;
     return qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());

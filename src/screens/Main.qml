@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import QtQml.Models
 import Brimvale.Core
 
 // The main window: the sidebar on the left, the selected section on the right.
@@ -44,14 +45,32 @@ ApplicationWindow {
         }
     }
 
-    Shortcut { sequence: "Ctrl+R"; onActivated: AppModel.refreshEverything() }
-    Repeater {
-        model: AppModel.sections
-        delegate: Item {
-            required property var modelData
-            Shortcut {
-                sequence: "Ctrl+" + modelData.key
-                onActivated: AppModel.focusOnSection(modelData.name)
+    menuBar: MenuBar {
+        Menu {
+            title: "&Brimvale"
+            Action { text: "About Brimvale"; onTriggered: aboutDialog.open() }
+            MenuSeparator {}
+            Action { text: "&Quit"; shortcut: "Ctrl+Q"; onTriggered: Qt.quit() }
+        }
+        Menu {
+            id: viewMenu
+            title: "&View"
+            Action { text: "Refresh"; shortcut: "Ctrl+R"; onTriggered: AppModel.refreshEverything() }
+            MenuSeparator {}
+            // One entry per section in case order, each with its Ctrl+digit.
+            Instantiator {
+                model: AppModel.sections
+                delegate: MenuItem {
+                    id: sectionItem
+                    required property var modelData
+                    action: Action {
+                        text: sectionItem.modelData.title
+                        shortcut: "Ctrl+" + sectionItem.modelData.key
+                        onTriggered: AppModel.focusOnSection(sectionItem.modelData.name)
+                    }
+                }
+                onObjectAdded: (index, object) => viewMenu.insertItem(index + 2, object)
+                onObjectRemoved: (index, object) => viewMenu.removeItem(object)
             }
         }
     }
@@ -79,6 +98,25 @@ ApplicationWindow {
             PlaceholderPage { title: "History"; tagline: "Everything you got back" }
             PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
             PlaceholderPage { title: "Auto-Arrange"; tagline: "Files to their folder, by name" }
+        }
+    }
+
+    Dialog {
+        id: aboutDialog
+        title: "About Brimvale"
+        modal: true
+        anchors.centerIn: parent
+        standardButtons: Dialog.Ok
+        ColumnLayout {
+            spacing: 8
+            Label { text: "Brimvale"; font.pixelSize: 20; font.bold: true }
+            Label {
+                width: 360
+                Layout.preferredWidth: 360
+                wrapMode: Text.WordWrap
+                text: "Brimvale finds out where your disk space went and gives back what can safely go. " +
+                      "Files go to the Trash, and a preview always comes first."
+            }
         }
     }
 

@@ -24,6 +24,7 @@ Item {
             }
 
             Card {
+                id: storage
                 title: "Storage"
                 trailing: AppModel.storageScanning || AppModel.isRefreshing ? "Scanning…" : AppModel.volumeName
                 Layout.leftMargin: 28
@@ -31,7 +32,7 @@ Item {
                 readonly property bool measured: AppModel.totalBytes >= 1
 
                 RowLayout {
-                    visible: parent.parent.measured
+                    visible: storage.measured
                     spacing: 6
                     Text {
                         text: AppModel.freeText
@@ -47,7 +48,7 @@ Item {
                     }
                 }
                 Rectangle {
-                    visible: parent.parent.measured
+                    visible: storage.measured
                     Layout.fillWidth: true
                     implicitHeight: 14
                     radius: 7
@@ -60,19 +61,19 @@ Item {
                     }
                 }
                 Text {
-                    visible: parent.parent.measured && AppModel.midnightDeltaText.length > 0
+                    visible: storage.measured && AppModel.midnightDeltaText.length > 0
                     text: AppModel.midnightDeltaText
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                 }
                 Text {
-                    visible: parent.parent.measured && AppModel.lastOpenDeltaText.length > 0
+                    visible: storage.measured && AppModel.lastOpenDeltaText.length > 0
                     text: AppModel.lastOpenDeltaText
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                 }
                 RowLayout {
-                    visible: !parent.parent.measured && !AppModel.isRefreshing
+                    visible: !storage.measured && !AppModel.isRefreshing
                     spacing: 12
                     Text {
                         text: "Couldn't measure the disk"
@@ -85,7 +86,7 @@ Item {
                     }
                 }
                 Text {
-                    visible: !parent.parent.measured && AppModel.isRefreshing
+                    visible: !storage.measured && AppModel.isRefreshing
                     text: "Scanning…"
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
@@ -105,6 +106,7 @@ Item {
                 Repeater {
                     model: AppModel.newTodayFiles
                     delegate: RowLayout {
+                        id: fileRow
                         required property var modelData
                         Layout.fillWidth: true
                         spacing: 10
@@ -115,7 +117,7 @@ Item {
                             color: Theme.accentSoft
                             Text {
                                 anchors.centerIn: parent
-                                text: modelData.location === "Desktop" ? "▣" : "↓"
+                                text: fileRow.modelData.location === "Desktop" ? "▣" : "↓"
                                 color: Theme.accent
                                 font.pixelSize: 14
                             }
@@ -124,20 +126,20 @@ Item {
                             spacing: 0
                             Layout.fillWidth: true
                             Text {
-                                text: modelData.name
+                                text: fileRow.modelData.name
                                 font.pixelSize: Theme.bodySize
                                 color: Theme.text
                                 elide: Text.ElideMiddle
                                 Layout.fillWidth: true
                             }
                             Text {
-                                text: modelData.kind + " · " + modelData.location + " · " + modelData.addedText
+                                text: fileRow.modelData.kind + " · " + fileRow.modelData.location + " · " + fileRow.modelData.addedText
                                 font.pixelSize: Theme.captionSize
                                 color: Theme.tertiaryText
                             }
                         }
                         Text {
-                            text: modelData.sizeText
+                            text: fileRow.modelData.sizeText
                             font.pixelSize: Theme.bodySize
                             color: Theme.secondaryText
                         }

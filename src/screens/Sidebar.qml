@@ -5,7 +5,7 @@ import Brimvale.Core
 
 // The section list: three groups, each with a heading, rows with a title and a badge.
 Rectangle {
-    id: sidebar
+    id: sidebarRoot
     property string selected: "overview"
     property var badges: ({})
     signal chosen(string name)
@@ -20,7 +20,7 @@ Rectangle {
             id: column
             x: 12
             y: 16
-            width: sidebar.width - 24
+            width: sidebarRoot.width - 24
             spacing: 2
             Text {
                 text: "Brimvale"
@@ -33,11 +33,16 @@ Rectangle {
             Repeater {
                 model: AppModel.sidebarGroups
                 delegate: ColumnLayout {
+                    id: group
                     required property var modelData
+                    // The rows below reach the sidebar through these, one level at a time.
+                    readonly property string selectedName: sidebarRoot.selected
+                    readonly property var badgeTexts: sidebarRoot.badges
+                    function choose(name) { sidebarRoot.chosen(name) }
                     Layout.fillWidth: true
                     spacing: 2
                     Text {
-                        text: modelData.title.toUpperCase()
+                        text: group.modelData.title.toUpperCase()
                         font.pixelSize: Theme.captionSize
                         font.weight: Font.DemiBold
                         font.letterSpacing: 0.6
@@ -47,19 +52,19 @@ Rectangle {
                         Layout.bottomMargin: 4
                     }
                     Repeater {
-                        model: modelData.sections
+                        model: group.modelData.sections
                         delegate: Rectangle {
                             id: row
                             required property var modelData
-                            readonly property bool isSelected: sidebar.selected === modelData.name
+                            readonly property bool isSelected: group.selectedName === row.modelData.name
                             Layout.fillWidth: true
                             implicitHeight: 34
                             radius: 7
                             color: isSelected ? Theme.selection : (hover.hovered ? "#e2e5eb" : "transparent")
                             Accessible.role: Accessible.ListItem
-                            Accessible.name: modelData.title
+                            Accessible.name: row.modelData.title
                             HoverHandler { id: hover }
-                            TapHandler { onTapped: sidebar.chosen(row.modelData.name) }
+                            TapHandler { onTapped: group.choose(row.modelData.name) }
                             RowLayout {
                                 anchors.fill: parent
                                 anchors.leftMargin: 10
@@ -74,7 +79,7 @@ Rectangle {
                                     elide: Text.ElideRight
                                 }
                                 Text {
-                                    text: sidebar.badges[row.modelData.name] || ""
+                                    text: group.badgeTexts[row.modelData.name] || ""
                                     visible: text.length > 0
                                     font.pixelSize: Theme.captionSize
                                     color: Theme.secondaryText
