@@ -5,13 +5,6 @@
 
 namespace bv {
 
-// Auto-Sort: offer the default sort rule once.
-void AppModel::seedDefaultRules() {
-    if (settings_.didSeedDefaultRules) return;
-    settings_.didSeedDefaultRules = true;
-    saveSettings();
-}
-
 // Activity log: bring the lifetime counters up to the log.
 void AppModel::backfillLifetimeCounters() {}
 
