@@ -9,6 +9,7 @@ int runOverview(const std::vector<std::string>& args);
 int runMap(const std::vector<std::string>& args);
 int runCaches(const std::vector<std::string>& args);
 int runDuplicates(const std::vector<std::string>& args);
+int runRules(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
@@ -16,6 +17,7 @@ const std::vector<CliCommand>& commands() {
         {"map", "map [--json] PATH", "every folder above the size floor under PATH, largest first, with sizes and file counts", runMap},
         {"caches", "caches [--json]", "developer caches and large tool folders in your home, with sizes and what may go", runCaches},
         {"duplicates", "duplicates [--min BYTES] [--json] PATH...", "identical files under the folders, largest first", runDuplicates},
+        {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
     };
     return table;
 }

@@ -61,6 +61,7 @@ AppModel::AppModel(bool loadLiveData, QObject* parent)
         settings_.installationID = Uuid::generate().text();
         saveSettings();
     }
+    loadRuleFiles();
     storageScanning_ = true;
     updateActivityLog();
 }

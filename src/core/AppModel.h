@@ -9,6 +9,7 @@
 #include <QtQml/qqmlregistration.h>
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -29,6 +30,11 @@
 #include "space/NewToday.h"
 #include "space/SpaceHistory.h"
 #include "space/qt/SpaceMapModel.h"
+#include "autopilot/FolderRuleDraft.h"
+#include "autopilot/FolderWatchRule.h"
+#include "sort/CleanupRule.h"
+#include "sort/SortRule.h"
+#include "sort/SortRuleParser.h"
 
 namespace bv {
 
@@ -87,6 +93,14 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
     Q_PROPERTY(bv::CleanRun* cleanRun READ cleanRun CONSTANT)
     Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
+    // The sort rule editor's draft (AppModelRules.cpp).
+    Q_PROPERTY(QString draftPhrase READ draftPhraseText WRITE setDraftPhrase NOTIFY ruleDraftChanged)
+    Q_PROPERTY(int editorLineIndex READ editorLineIndex WRITE setEditorLineIndex NOTIFY ruleDraftChanged)
+    Q_PROPERTY(int editorLineCount READ editorLineCount NOTIFY ruleDraftChanged)
+    Q_PROPERTY(bool ruleNameIsAutomatic READ ruleNameIsAutomatic WRITE setRuleNameIsAutomatic NOTIFY ruleDraftChanged)
+    Q_PROPERTY(QString draftError READ draftErrorText NOTIFY ruleDraftChanged)
+    Q_PROPERTY(QVariantList draftUnrecognized READ draftUnrecognizedList NOTIFY ruleDraftChanged)
+    Q_PROPERTY(QVariantMap draftSort READ draftSortMap NOTIFY ruleDraftChanged)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -251,6 +265,36 @@ public:
     [[nodiscard]] QStringList cleanupExcludedList() const;
     [[nodiscard]] const FolderAccessState& folderState() const { return folderState_; }
     [[nodiscard]] QVariantMap folderStateMap() const;
+
+    // ---- rule lists and the sort rule editor (AppModelRules.cpp) ----
+    [[nodiscard]] const std::vector<CleanupRule>& rules() const { return rules_; }
+    [[nodiscard]] const std::vector<SortRule>& sortRules() const { return sortRules_; }
+    [[nodiscard]] const std::vector<FolderWatchRule>& folderRules() const { return folderRules_; }
+    [[nodiscard]] const FolderRuleDraft& folderDraft() const { return folderDraft_; }
+    // Replaces the sort rule list and writes both rule files.
+    void setSortRules(std::vector<SortRule> rules);
+    void setFolderRules(std::vector<FolderWatchRule> rules);
+
+    [[nodiscard]] const std::string& draftPhrase() const { return draftPhrase_; }
+    [[nodiscard]] QString draftPhraseText() const;
+    void setDraftPhrase(const QString& text);
+    [[nodiscard]] int editorLineIndex() const { return editorLineIndex_; }
+    void setEditorLineIndex(int index);
+    [[nodiscard]] int editorLineCount() const { return static_cast<int>(draftLines_.size()); }
+    [[nodiscard]] bool ruleNameIsAutomatic() const { return ruleNameIsAutomatic_; }
+    void setRuleNameIsAutomatic(bool on);
+    [[nodiscard]] const std::string& draftDestinationPath() const { return draftDestinationPath_; }
+    void setDraftDestinationPath(const std::string& path);
+    // Keeps an edit of one line of a multi-line draft until the text changes.
+    void setLineOverride(int index, const SortRule& rule);
+    [[nodiscard]] const std::map<int, SortRule>& lineOverrides() const { return lineOverrides_; }
+    [[nodiscard]] const std::vector<LineReview>& draftLines() const { return draftLines_; }
+    [[nodiscard]] const std::optional<ParsedSort>& draftSort() const { return draftSort_; }
+    [[nodiscard]] const std::optional<std::string>& draftError() const { return draftError_; }
+    [[nodiscard]] const std::vector<PhraseSpan>& draftUnrecognized() const { return draftUnrecognized_; }
+    [[nodiscard]] QString draftErrorText() const;
+    [[nodiscard]] QVariantList draftUnrecognizedList() const;
+    [[nodiscard]] QVariantMap draftSortMap() const;
     [[nodiscard]] FolderAccess& folderAccess();
     void setBanner(std::optional<std::string> text);
     void setCleanupNotice(std::optional<CleanupNotice> notice);
@@ -295,6 +339,9 @@ signals:
     void watchRequestChanged();
     // A link asked for a fresh look; the pass it runs follows at once.
     void linkPassStarted();
+    void sortRulesChanged();
+    void folderRulesChanged();
+    void ruleDraftChanged();
 
 private:
     void saveSettings() const;
@@ -381,6 +428,23 @@ private:
     bool pendingWatchFromLink_ = false;
     mutable DuplicatesModel* duplicates_ = nullptr; // child object, made on first use
     mutable SpaceMapModel* spaceMap_ = nullptr;
+
+    // Rule lists and the sort rule editor (AppModelRules.cpp).
+    void loadRuleFiles();
+    void refreshRuleDraft();
+    std::vector<CleanupRule> rules_;
+    std::vector<SortRule> sortRules_;
+    std::vector<FolderWatchRule> folderRules_;
+    FolderRuleDraft folderDraft_;
+    std::string draftPhrase_;
+    std::vector<LineReview> draftLines_;
+    int editorLineIndex_ = 0;
+    std::map<int, SortRule> lineOverrides_;
+    std::string draftDestinationPath_;
+    bool ruleNameIsAutomatic_ = true;
+    std::optional<ParsedSort> draftSort_;
+    std::optional<std::string> draftError_;
+    std::vector<PhraseSpan> draftUnrecognized_;
 };
 
 } // namespace bv

@@ -5,13 +5,6 @@
 
 namespace bv {
 
-// Auto-Sort: offer the default sort rule once.
-void AppModel::seedDefaultRules() {
-    if (settings_.didSeedDefaultRules) return;
-    settings_.didSeedDefaultRules = true;
-    saveSettings();
-}
-
 
 // Auto-Arrange: bring the live watcher in line with the rules.
 void AppModel::alignArrangeWatcher() {}

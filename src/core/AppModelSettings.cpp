@@ -33,6 +33,7 @@ void AppModel::setLaunchAtLogin(bool on) {
 }
 
 void AppModel::setDefaultFolderSchedule(CleanSchedule schedule) {
+    folderDraft_.schedule = schedule; // the open builder follows the new default at once
     changeSetting(&BrimvaleSettings::defaultFolderSchedule, schedule);
 }
 

@@ -55,6 +55,9 @@ std::optional<TimePoint> parseIsoDate(std::string_view s) {
         !digits(s, 17, 2, se))
         return std::nullopt;
     if (mo < 1 || mo > 12 || d < 1 || d > 31 || h > 23 || mi > 59 || se > 60) return std::nullopt;
+    // A time point counts nanoseconds in 64 bits, which reaches from 1677 to 2262; a year
+    // outside would wrap into some other date, so it is refused like any malformed date.
+    if (y < 1678 || y > 2261) return std::nullopt;
     static constexpr int monthDays[] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     if (d > monthDays[mo - 1]) return std::nullopt;
     const bool leap = (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;

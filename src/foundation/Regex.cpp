@@ -1,5 +1,7 @@
 #include "foundation/Regex.h"
 
+#include <mutex>
+
 #include <unicode/regex.h>
 
 namespace bv {
@@ -11,54 +13,71 @@ Regex::Regex(std::string_view pattern, Case mode) {
     std::unique_ptr<icu::RegexPattern> compiled(
         icu::RegexPattern::compile(utf16(pattern), flags, parseError, status));
     if (U_SUCCESS(status)) pattern_ = std::move(compiled);
+    cache_ = std::make_unique<MatcherCache>();
 }
+
+struct Regex::MatcherCache {
+    std::mutex lock;
+    std::unique_ptr<icu::RegexMatcher> matcher;
+};
 
 Regex::~Regex() = default;
 Regex::Regex(Regex&&) noexcept = default;
 Regex& Regex::operator=(Regex&&) noexcept = default;
 
-namespace {
-
-// A matcher over `text`, which must outlive it; nothing when the pattern is invalid or ICU
-// cannot make one.
-std::unique_ptr<icu::RegexMatcher> matcherFor(const icu::RegexPattern* pattern, const icu::UnicodeString& text) {
-    if (!pattern) return nullptr;
+template <class Use>
+bool Regex::withMatcher(const icu::UnicodeString& text, Use use) const {
+    if (!pattern_) return false;
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::RegexMatcher> m(pattern->matcher(text, status));
-    if (U_FAILURE(status)) return nullptr;
-    return m;
+    std::unique_lock<std::mutex> held(cache_->lock, std::try_to_lock);
+    if (held.owns_lock()) {
+        if (cache_->matcher) {
+            cache_->matcher->reset(text);
+        } else {
+            cache_->matcher.reset(pattern_->matcher(text, status));
+            if (U_FAILURE(status) || !cache_->matcher) {
+                cache_->matcher.reset();
+                return false;
+            }
+        }
+        use(*cache_->matcher);
+        return true;
+    }
+    std::unique_ptr<icu::RegexMatcher> own(pattern_->matcher(text, status));
+    if (U_FAILURE(status) || !own) return false;
+    use(*own);
+    return true;
 }
 
-} // namespace
-
 bool Regex::test(const icu::UnicodeString& text) const {
-    auto m = matcherFor(pattern_.get(), text);
-    if (!m) return false;
-    UErrorCode status = U_ZERO_ERROR;
-    const bool found = m->find(0, status);
-    return U_SUCCESS(status) && found;
+    bool found = false;
+    withMatcher(text, [&](icu::RegexMatcher& m) {
+        UErrorCode status = U_ZERO_ERROR;
+        found = m.find(0, status) && U_SUCCESS(status);
+    });
+    return found;
 }
 
 bool Regex::test(std::string_view text) const { return test(utf16(text)); }
 
 std::optional<std::vector<std::string>> Regex::firstCaptures(const icu::UnicodeString& text) const {
-    auto m = matcherFor(pattern_.get(), text);
-    if (!m) return std::nullopt;
-    UErrorCode status = U_ZERO_ERROR;
-    if (!m->find(0, status) || U_FAILURE(status)) return std::nullopt;
-    std::vector<std::string> groups;
-    const int32_t count = m->groupCount();
-    groups.reserve(static_cast<size_t>(count));
-    for (int32_t g = 1; g <= count; ++g) {
-        status = U_ZERO_ERROR;
-        const int32_t start = m->start(g, status);
-        const int32_t end = m->end(g, status);
-        if (U_FAILURE(status) || start < 0) {
-            groups.emplace_back();
-        } else {
-            groups.push_back(utf8(text, start, end - start));
+    std::optional<std::vector<std::string>> groups;
+    withMatcher(text, [&](icu::RegexMatcher& m) {
+        UErrorCode status = U_ZERO_ERROR;
+        if (!m.find(0, status) || U_FAILURE(status)) return;
+        groups.emplace();
+        const int32_t count = m.groupCount();
+        groups->reserve(static_cast<size_t>(count));
+        for (int32_t g = 1; g <= count; ++g) {
+            status = U_ZERO_ERROR;
+            const int32_t start = m.start(g, status);
+            const int32_t end = m.end(g, status);
+            if (U_FAILURE(status) || start < 0)
+                groups->emplace_back();
+            else
+                groups->push_back(utf8(text, start, end - start));
         }
-    }
+    });
     return groups;
 }
 
@@ -68,24 +87,24 @@ std::optional<std::vector<std::string>> Regex::firstCaptures(std::string_view te
 
 std::vector<Regex::Match> Regex::allMatches(const icu::UnicodeString& text) const {
     std::vector<Match> out;
-    auto m = matcherFor(pattern_.get(), text);
-    if (!m) return out;
-    UErrorCode status = U_ZERO_ERROR;
-    while (m->find(status) && U_SUCCESS(status)) {
-        Match match;
-        match.whole.start = m->start(status);
-        match.whole.length = m->end(status) - match.whole.start;
-        for (int32_t g = 1; g <= m->groupCount(); ++g) {
-            const int32_t start = m->start(g, status);
-            const int32_t end = m->end(g, status);
-            if (U_FAILURE(status) || start < 0)
-                match.groups.emplace_back();
-            else
-                match.groups.push_back(Range{start, end - start});
+    withMatcher(text, [&](icu::RegexMatcher& m) {
+        UErrorCode status = U_ZERO_ERROR;
+        while (m.find(status) && U_SUCCESS(status)) {
+            Match match;
+            match.whole.start = m.start(status);
+            match.whole.length = m.end(status) - match.whole.start;
+            for (int32_t g = 1; g <= m.groupCount(); ++g) {
+                const int32_t start = m.start(g, status);
+                const int32_t end = m.end(g, status);
+                if (U_FAILURE(status) || start < 0)
+                    match.groups.emplace_back();
+                else
+                    match.groups.push_back(Range{start, end - start});
+            }
+            if (U_FAILURE(status)) break;
+            out.push_back(std::move(match));
         }
-        if (U_FAILURE(status)) break;
-        out.push_back(std::move(match));
-    }
+    });
     return out;
 }
 
@@ -103,19 +122,20 @@ std::vector<std::string> Regex::allGroupTexts(const icu::UnicodeString& text, in
 }
 
 icu::UnicodeString Regex::replacing(const icu::UnicodeString& text, const icu::UnicodeString& literal, bool all) const {
-    auto m = matcherFor(pattern_.get(), text);
-    if (!m) return text;
     icu::UnicodeString out;
     int32_t copied = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    while (m->find(status) && U_SUCCESS(status)) {
-        const int32_t start = m->start(status);
-        const int32_t end = m->end(status);
-        out.append(text, copied, start - copied);
-        out.append(literal);
-        copied = end;
-        if (!all) break;
-    }
+    const bool ran = withMatcher(text, [&](icu::RegexMatcher& m) {
+        UErrorCode status = U_ZERO_ERROR;
+        while (m.find(status) && U_SUCCESS(status)) {
+            const int32_t start = m.start(status);
+            const int32_t end = m.end(status);
+            out.append(text, copied, start - copied);
+            out.append(literal);
+            copied = end;
+            if (!all) break;
+        }
+    });
+    if (!ran) return text;
     out.append(text, copied, text.length() - copied);
     return out;
 }

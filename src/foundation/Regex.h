@@ -10,6 +10,7 @@
 
 U_NAMESPACE_BEGIN
 class RegexPattern;
+class RegexMatcher;
 U_NAMESPACE_END
 
 namespace bv {
@@ -69,9 +70,18 @@ public:
     [[nodiscard]] icu::UnicodeString replacingFirst(const icu::UnicodeString& text, const icu::UnicodeString& literal) const;
 
 private:
+    struct MatcherCache;
+    // Runs `use` with a matcher over `text`: the cached one when no other thread holds it,
+    // else a fresh one. Gives false when there is no pattern or ICU fails.
+    template <class Use>
+    bool withMatcher(const icu::UnicodeString& text, Use use) const;
+
     [[nodiscard]] icu::UnicodeString replacing(const icu::UnicodeString& text, const icu::UnicodeString& literal,
                                                bool all) const;
     std::unique_ptr<icu::RegexPattern> pattern_;
+    // Making a matcher costs more than most searches the grammars do, so one is kept and
+    // reset for each text.
+    std::unique_ptr<MatcherCache> cache_;
 };
 
 // UTF-8 of a UnicodeString, and of a part of one.

@@ -125,8 +125,6 @@ bool containsAny(const std::set<std::string>& set, std::initializer_list<const c
     return false;
 }
 
-constexpr std::string_view kQuotes = "\"\u201C\u201D'";
-
 } // namespace
 
 Result SortRuleParser::parseNewGrammar(std::string_view rawPhrase, Uuid id, TimePoint now) {

@@ -51,6 +51,8 @@ TEST(FolderRuleParser, Shapes) {
         {"delete folders named node_modules that are 1 day old", true, {"node_modules"}, {}, 1, {}, true,
          FolderScope::recursive, "Delete subfolders named node_modules older than 1 day."},
         {"delete directories named , and , ,and weekly", false},
+        {"delete folders named a/b, c AND d, when full", true, {"a/b", "c AND d"}, {}, {}, {}, true, FolderScope::recursive,
+         "Delete subfolders named a/b, c AND d."},
         {"delete files older than 0 days", false},
         {"delete folders older than 7 days", false},
         {"delete files older than 7 days", true, {}, {}, 7, {}, false, FolderScope::children,

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "foundation/PhraseText.h"
 #include "foundation/Regex.h"
 
@@ -56,4 +59,22 @@ TEST(PhraseText, SplitsTrimsAndCounts) {
     EXPECT_FALSE(parseWholeNumber("1 2", n));
     // Malformed UTF-8 is read as replacement characters, never past the end.
     EXPECT_EQ(splitWords("a\xff\xfe b").size(), 2u);
+}
+
+// One expression is shared by the editor (GUI thread) and background runs; each call must
+// see only its own text whether or not it got the kept matcher.
+TEST(Regex, SharedAcrossThreads) {
+    static const Regex number(R"((\d+) days)");
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t, &wrong] {
+            for (int i = 0; i < 2000; ++i) {
+                const std::string n = std::to_string(t * 10000 + i);
+                const auto groups = number.firstCaptures("after " + n + " days");
+                if (!groups || (*groups)[0] != n) ++wrong;
+            }
+        });
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(wrong.load(), 0);
 }

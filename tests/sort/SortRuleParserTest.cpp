@@ -181,6 +181,12 @@ TEST(SortRuleParser, NewerGrammarAlone) {
         {"move files over 3 weeks old", "olderThanDays=21 location=downloads"},
         {"move files 2 weeks old 5 days old", "olderThanDays=14 location=downloads"},
         {"move files after 99999999999999999999 days or pdfs", "fileExtension=pdf location=downloads"},
+        // A name value that trims down to nothing still makes its condition.
+        {"move files starting with ...", "nameStartsWith= location=downloads"},
+        // Lower-casing "İ" makes the text longer; blanking must still find the glob.
+        {"move İ-* files", "nameStartsWith=İ- location=downloads"},
+        // The value is blanked, so "tar" and "gz" are not read again as extension words.
+        {"move files ending with .tar.gz", "nameEndsWith=tar.gz location=downloads"},
     };
     for (const auto& [phrase, conditions] : cases) {
         const auto n = SortRuleParser::parseNewGrammar(phrase, Uuid::generate(), kNow);
