@@ -17,7 +17,7 @@ Item {
     FolderDialog {
         id: folderDialog
         title: "Choose any folder or drive to map."
-        onAccepted: page.sm.chooseRoot(selectedFolder.toString())
+        onAccepted: page.sm.chooseRoot(String(folderDialog.selectedFolder))
     }
 
     Dialog {
