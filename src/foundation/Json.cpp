@@ -35,8 +35,10 @@ std::int64_t integerFromJson(const Json& value) {
     if (value.is_number_integer()) return value.get<std::int64_t>();
     if (value.is_number_float()) {
         const double d = value.get<double>();
-        // Whole numbers written as 3.0 by other tools still count; fractions do not.
-        if (d == static_cast<double>(static_cast<std::int64_t>(d))) return static_cast<std::int64_t>(d);
+        // Whole numbers written as 3.0 by other tools still count; fractions and values
+        // beyond a 64-bit integer do not (casting those would be undefined).
+        if (d >= -9.2e18 && d <= 9.2e18 && d == static_cast<double>(static_cast<std::int64_t>(d)))
+            return static_cast<std::int64_t>(d);
     }
     throw DecodeError("expected a whole number");
 }

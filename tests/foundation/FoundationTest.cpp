@@ -49,6 +49,7 @@ TEST(Json, ReaderTreatsMissingAndWrongTypesStrictly) {
     EXPECT_TRUE(r.boolean("b"));
     EXPECT_EQ(r.integer("n"), 3);
     EXPECT_EQ(r.integer("f"), 2);
+    EXPECT_THROW((void)JsonReader(*parseJson(R"({"big": 1e300})")).integer("big"), DecodeError);
     EXPECT_EQ(r.integer("missing", 7), 7);
     EXPECT_EQ(r.integer("z", 9), 9) << "null counts as absent";
     EXPECT_THROW((void)r.boolean("missing"), DecodeError);

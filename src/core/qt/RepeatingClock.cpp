@@ -40,10 +40,10 @@ void RepeatingClock::stop() {
 }
 
 void RepeatingClock::arm() {
-    itimerspec spec{};
-    spec.it_value.tv_sec = static_cast<time_t>(std::chrono::duration_cast<std::chrono::seconds>(deadline_).count());
-    spec.it_value.tv_nsec = static_cast<long>((deadline_ - std::chrono::seconds(spec.it_value.tv_sec)).count());
-    ::timerfd_settime(fd_, TFD_TIMER_ABSTIME, &spec, nullptr);
+    itimerspec when{};
+    when.it_value.tv_sec = static_cast<time_t>(std::chrono::duration_cast<std::chrono::seconds>(deadline_).count());
+    when.it_value.tv_nsec = static_cast<long>((deadline_ - std::chrono::seconds(when.it_value.tv_sec)).count());
+    ::timerfd_settime(fd_, TFD_TIMER_ABSTIME, &when, nullptr);
 }
 
 void RepeatingClock::fire() {
