@@ -304,8 +304,10 @@ TEST(DuplicateScan, UnreadableFoldersAndFilesArePassedOver) {
     writeFile(root + "/closed/c", content);
     ::chmod((root + "/open/locked").c_str(), 0000);
     ::chmod((root + "/closed").c_str(), 0000);
-    // Let the other user reach the fixture through the temporary folders above it.
-    for (std::string p = root; p.size() > 1; p = p.substr(0, p.rfind('/'))) ::chmod(p.c_str(), 0755);
+    // Let the other user reach the fixture through the test's own folders above it; the
+    // system's folders above those (such as /tmp) are left exactly as they are.
+    const std::string top = TestEnvironment::root();
+    for (std::string p = root; p.size() >= top.size(); p = p.substr(0, p.rfind('/'))) ::chmod(p.c_str(), 0755);
     ::chmod((root + "/closed").c_str(), 0000);
 
     int fds[2];
