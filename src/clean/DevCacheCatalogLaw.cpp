@@ -43,12 +43,6 @@ std::string lowered(std::string_view text) {
     return out;
 }
 
-std::string versionKey(std::string_view name) {
-    std::string key = lowered(name);
-    if (!key.empty() && key.front() == 'v') key.erase(0, 1);
-    return key;
-}
-
 std::vector<std::string_view> componentsOf(std::string_view path) {
     std::vector<std::string_view> parts;
     std::size_t start = 0;

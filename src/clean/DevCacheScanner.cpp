@@ -68,12 +68,6 @@ std::string lowered(std::string_view text) {
     return out;
 }
 
-std::string versionKey(std::string_view name) {
-    std::string key = lowered(name);
-    if (!key.empty() && key.front() == 'v') key.erase(0, 1);
-    return key;
-}
-
 bool containsPrivateWord(std::string_view name) {
     const std::string lower = lowered(name);
     for (const auto& word : DevCacheCatalog::privateWords())

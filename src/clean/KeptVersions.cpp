@@ -1,6 +1,7 @@
 #include "clean/KeptVersions.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <vector>
 
@@ -40,12 +41,6 @@ std::string lowered(std::string_view text) {
 }
 
 // A version name as the rules compare it: lower-cased, without a leading "v".
-std::string versionKey(std::string_view name) {
-    std::string key = lowered(name);
-    if (!key.empty() && key.front() == 'v') key.erase(0, 1);
-    return key;
-}
-
 // The default alias, following aliases that name other alias files. Gives nothing when
 // there is no default file or the chain runs past its bound.
 std::optional<std::string> nvmDefault(const std::string& aliasFolder) {
@@ -125,6 +120,12 @@ std::set<std::string> keptToolchains(std::string_view home) {
         for (const auto& value : values)
             if (folder == value || folder.starts_with(value + "-")) kept.insert(folder);
     return kept.empty() ? everything : kept;
+}
+
+std::string versionKey(std::string_view name) {
+    std::string key = lowered(name);
+    if (!key.empty() && key.front() == 'v') key.erase(0, 1);
+    return key;
 }
 
 } // namespace bv

@@ -16,6 +16,10 @@ namespace bv {
 // folder: an empty set.
 [[nodiscard]] std::set<std::string> keptNodeVersions(std::string_view home);
 
+// How a version folder's name is compared with the kept set: lower-cased, without a
+// leading "v" ("v20.11.0" and "20.11.0" are the same version).
+[[nodiscard]] std::string versionKey(std::string_view name);
+
 // Folder names in ~/.rustup/toolchains that stay: the default toolchain and every folder
 // override from ~/.rustup/settings.toml, matched as the name itself or name + "-...".
 // Settings missing or unreadable, no values in them, or values matching no folder: every
