@@ -210,7 +210,6 @@ public:
     [[nodiscard]] const std::optional<CleanupNotice>& cleanupNotice() const { return cleanupNotice_; }
     [[nodiscard]] const Uuid& previewToken() const { return previewToken_; }
     [[nodiscard]] const Uuid& storageSurveyToken() const { return storageSurveyToken_; }
-    [[nodiscard]] const Uuid& duplicatesToken() const { return duplicatesToken_; }
     [[nodiscard]] const Uuid& spaceMapToken() const { return spaceMapToken_; }
     [[nodiscard]] RepeatingClock* clock() const { return clock_; }
     // The preview sheet and the run of a Smart Clean (AppModelClean.cpp).
@@ -437,7 +436,6 @@ private:
     bool wantsCleanupSheet_ = false;
     Uuid previewToken_ = Uuid::generate();
     Uuid storageSurveyToken_ = Uuid::generate();
-    Uuid duplicatesToken_ = Uuid::generate();
     Uuid spaceMapToken_ = Uuid::generate();
     std::optional<CleanupPlan> cleanupPlan_;
     std::set<std::string> cleanupExcluded_;

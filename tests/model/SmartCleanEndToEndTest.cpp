@@ -87,6 +87,16 @@ TEST(SmartCleanEndToEnd, ScanSelectRecommendedPreviewCleanAndRescan) {
     const auto* link = &*std::find_if(smart.rows().begin(), smart.rows().end(), [](const DevScanRow& r) { return r.id == "cargo-cache"; });
     EXPECT_FALSE(link->selectable);
 
+    // A row that must stay can't be ticked, alone or with its card; clearing the card
+    // clears what the card ticked.
+    smart.setRowSelected("gradle-gradle-8.5-bin", true);
+    smart.setRowSelected("cargo-cache", true);
+    EXPECT_EQ(smart.selectedCount(), 0);
+    smart.setCardSelected("gradle", true);
+    EXPECT_EQ(selectedIds(smart), (std::vector<std::string>{"gradle-gradle-8.4-bin"}));
+    smart.setCardSelected("gradle", false);
+    EXPECT_EQ(smart.selectedCount(), 0);
+
     smart.selectRecommended();
     EXPECT_EQ(selectedIds(smart), (std::vector<std::string>{"cache-pip", "gradle-gradle-8.4-bin", "npm"}));
     EXPECT_EQ(smart.reclaimableBytes(), offered) << "ticking the recommended rows adds nothing to the offer";
