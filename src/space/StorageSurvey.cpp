@@ -6,6 +6,7 @@
 #include <chrono>
 #include <dirent.h>
 #include <limits>
+#include <system_error>
 #include <thread>
 
 #include "clean/DevCacheCatalog.h"
@@ -50,18 +51,23 @@ std::vector<std::int64_t> measureAll(const std::vector<std::string>& paths, Surv
     std::vector<std::int64_t> sizes(paths.size(), 0);
     std::vector<std::thread> threads;
     threads.reserve(paths.size());
+    const auto measureOne = [&](std::size_t i) {
+        FolderMeasure::Options options;
+        options.deadline = std::chrono::steady_clock::now() +
+                           std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                               std::chrono::duration<double>(StorageSurvey::kFolderSeconds));
+        options.cancel = cancel;
+        options.progress = progress ? progress->forMeasure() : nullptr;
+        options.threads = 2;
+        sizes[i] = FolderMeasure::measure(paths[i], options).bytes;
+    };
     for (std::size_t i = 0; i < paths.size(); ++i) {
         if (paths[i].empty()) continue;
-        threads.emplace_back([&, i] {
-            FolderMeasure::Options options;
-            options.deadline = std::chrono::steady_clock::now() +
-                               std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-                                   std::chrono::duration<double>(StorageSurvey::kFolderSeconds));
-            options.cancel = cancel;
-            options.progress = progress ? progress->forMeasure() : nullptr;
-            options.threads = 2;
-            sizes[i] = FolderMeasure::measure(paths[i], options).bytes;
-        });
+        try {
+            threads.emplace_back(measureOne, i);
+        } catch (const std::system_error&) {
+            measureOne(i); // no thread to be had: measure here rather than lose the figure
+        }
     }
     for (auto& t : threads) t.join();
     return sizes;

@@ -130,8 +130,9 @@ TEST(StorageSurvey, CoverageRowsStartAtTheFloor) {
     EXPECT_EQ(StorageSurvey::shortPath(home, home), "~");
 }
 
-// The measure counts allocated blocks, which come in 4096-byte steps here, so the Trash is
-// built just under and just over the floor; the exact floor is held by the table above.
+// The measure counts allocated blocks, which come in 4096-byte steps here (and the file
+// system may add a block of its own for a big file), so the Trash is built a few kilobytes
+// under the floor and then topped up past it; the exact floor is held by the table above.
 TEST(StorageSurvey, ARealTrashIsListedOnceItsBlocksPassTheFloor) {
     const std::string home = TestEnvironment::freshFolder("trash-home");
     const std::string trash = home + "/.local/share/Trash";
@@ -143,15 +144,15 @@ TEST(StorageSurvey, ARealTrashIsListedOnceItsBlocksPassTheFloor) {
 
     EXPECT_TRUE(StorageSurvey::measureCoverage(trashOnly, home).empty()) << "an empty Trash has no row";
 
-    const std::int64_t under = 48'828LL * 4096; // 199,999,488
-    ASSERT_TRUE(allocate(trash + "/files/disk.img", under));
-    if (referenceAllocated(trash) != under) {
+    ASSERT_TRUE(allocate(trash + "/files/disk.img", StorageSurvey::kCoverageFloor - 8192));
+    const std::int64_t under = referenceAllocated(trash);
+    if (under >= StorageSurvey::kCoverageFloor) {
         removeTree(home);
-        GTEST_SKIP() << "this file system does not allocate in 4096-byte blocks";
+        GTEST_SKIP() << "this file system allocated " << under << " bytes for the fixture";
     }
-    EXPECT_TRUE(StorageSurvey::measureCoverage(trashOnly, home).empty());
+    EXPECT_TRUE(StorageSurvey::measureCoverage(trashOnly, home).empty()) << under;
 
-    writeSizedFile(trash + "/info/disk.img.trashinfo", 4096);
+    writeSizedFile(trash + "/info/disk.img.trashinfo", StorageSurvey::kCoverageFloor - under);
     const std::int64_t over = referenceAllocated(trash);
     ASSERT_GE(over, StorageSurvey::kCoverageFloor);
     const auto rows = StorageSurvey::measureCoverage(trashOnly, home);
@@ -159,35 +160,6 @@ TEST(StorageSurvey, ARealTrashIsListedOnceItsBlocksPassTheFloor) {
     EXPECT_EQ(rows[0].bytes, over);
     EXPECT_EQ(rows[0].detail, "~/.local/share/Trash");
     removeTree(home);
-}
-
-TEST(StorageSurvey, FoldersAreMeasuredTogetherAndEachCountedOnce) {
-    const std::string root = TestEnvironment::freshFolder("survey-folders");
-    buildMixedTree(root + "/opt", 3, 2);
-    makeDir(root + "/flatpak");
-    writeSizedFile(root + "/flatpak/app.bin", 70'000);
-    buildMixedTree(root + "/Downloads", 4, 2);
-    writeSizedFile(root + "/Pictures/cat.jpg", 12'345);
-
-    SurveyPlaces places;
-    places.home = root;
-    places.apps = {root + "/opt", root + "/flatpak", root + "/missing"};
-    places.downloads = root + "/Downloads";
-    places.documents = root + "/Downloads"; // a user dir pointed at another is not counted twice
-    places.desktop = root + "/Desktop";     // missing
-    places.extras = {{"pictures", "Pictures", root + "/Pictures"}};
-
-    SurveyProgress progress;
-    const auto sizes = StorageSurvey::measureFolders(places, &progress);
-    const std::int64_t apps = referenceAllocated(root + "/opt") + referenceAllocated(root + "/flatpak");
-    EXPECT_EQ(sizes.apps, apps);
-    EXPECT_EQ(sizes.downloads, referenceAllocated(root + "/Downloads"));
-    EXPECT_EQ(sizes.documents, 0);
-    EXPECT_EQ(sizes.desktop, 0);
-    EXPECT_EQ(sizes.developer, 0);
-    ASSERT_EQ(sizes.extras.size(), 1u);
-    EXPECT_EQ(sizes.extras[0].bytes, referenceAllocated(root + "/Pictures"));
-    EXPECT_EQ(progress.value(), apps + sizes.downloads + sizes.extras[0].bytes);
 }
 
 TEST(StorageSurvey, DeveloperCachesCountCatalogueFoldersOnceWithoutReviewOnlyOnes) {
