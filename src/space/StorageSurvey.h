@@ -132,8 +132,8 @@ public:
     // only the first five are kept.
     [[nodiscard]] static std::vector<StorageSegment> topFolders(const Sizes& sizes);
     // The places the coverage list may name on this system, in the order it walks them.
-    // The Apple-only places of other systems (device backups, mail and message attachments,
-    // simulators, local snapshots) have no counterpart here and yield nothing.
+    // Places other desktops keep for phone backups, mail and message attachments, device
+    // simulators and local snapshots have no counterpart here and yield nothing.
     [[nodiscard]] static std::vector<CoveragePlace> coveragePlaces(const std::string& trash);
     // One place's row from what was read: none when it does not exist or holds fewer than
     // kCoverageFloor bytes (exactly kCoverageFloor is listed). `bytes` empty means it could
