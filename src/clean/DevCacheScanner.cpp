@@ -146,7 +146,7 @@ private:
     }
 
     void scanRecipe(const Recipe& recipe) {
-        const std::string root = DevCacheCatalog::standardizedPath(home_ + "/" + recipe.relativePath);
+        const std::string root = DevCacheScanner::recipeFolder(home_, recipe);
         if (!exists(root)) return;
         auto& rows = result_.rows;
         switch (recipe.behavior.kind) {
@@ -268,6 +268,10 @@ private:
 
 DevCacheScanner::Result DevCacheScanner::scan(const std::string& home, const Options& options) {
     return Walk(home, options).run();
+}
+
+std::string DevCacheScanner::recipeFolder(const std::string& home, const DevCacheCatalog::Recipe& recipe) {
+    return DevCacheCatalog::standardizedPath(home + "/" + recipe.relativePath);
 }
 
 std::string DevCacheScanner::updateDownloadTitle(std::string_view folderName, std::string_view suffix) {
