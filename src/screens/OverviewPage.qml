@@ -48,18 +48,8 @@ Item {
                         Layout.alignment: Qt.AlignBaseline
                     }
                 }
-                Rectangle {
+                StorageBar {
                     visible: storage.measured
-                    Layout.fillWidth: true
-                    implicitHeight: 14
-                    radius: 7
-                    color: "#e6e9ef"
-                    Rectangle {
-                        width: AppModel.totalBytes > 0 ? parent.width * (1 - AppModel.freeBytes / AppModel.totalBytes) : 0
-                        height: parent.height
-                        radius: 7
-                        color: Theme.accent
-                    }
                 }
                 Text {
                     visible: storage.measured && AppModel.midnightDeltaText.length > 0
@@ -91,6 +81,14 @@ Item {
                     text: "Scanning…"
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
+                }
+                Text {
+                    visible: storage.measured
+                    Layout.fillWidth: true
+                    wrapMode: Text.WordWrap
+                    text: "Folder categories are estimates. Other used space includes unmeasured files, other partitions and what the system keeps."
+                    font.pixelSize: Theme.captionSize
+                    color: Theme.tertiaryText
                 }
             }
 
@@ -230,6 +228,16 @@ Item {
                         }
                     }
                 }
+            }
+
+            TopSpaceUsers {
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+            }
+
+            CoverageList {
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
             }
 
             RowLayout {
