@@ -28,6 +28,7 @@
 #include "foundation/CalendarContext.h"
 #include "foundation/Uuid.h"
 #include "space/NewToday.h"
+#include "space/LowSpaceAlerts.h"
 #include "space/SpaceHistory.h"
 #include "space/qt/SpaceMapModel.h"
 #include "autopilot/FolderRuleDraft.h"
@@ -42,6 +43,7 @@ class RepeatingClock;
 }
 class QQmlEngine;
 class QJSEngine;
+class QDBusConnection;
 namespace bv {
 class VolumeWatcher;
 class NotificationCenter;
@@ -101,6 +103,14 @@ class AppModel : public QObject {
     Q_PROPERTY(QString draftError READ draftErrorText NOTIFY ruleDraftChanged)
     Q_PROPERTY(QVariantList draftUnrecognized READ draftUnrecognizedList NOTIFY ruleDraftChanged)
     Q_PROPERTY(QVariantMap draftSort READ draftSortMap NOTIFY ruleDraftChanged)
+    // ---- low-space alerts: properties (AppModelLowSpace.cpp) ----
+    Q_PROPERTY(QString lowSpaceSeverity READ lowSpaceSeverityText NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceIsLow READ lowSpaceIsLow NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceShowsBanner READ lowSpaceShowsBanner NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceNoticeHidden READ lowSpaceNoticeHidden NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceBannerFolded READ lowSpaceBannerFolded WRITE setLowSpaceBannerFolded NOTIFY lowSpaceChanged)
+    Q_PROPERTY(QString lowSpaceBannerText READ lowSpaceBannerText NOTIFY lowSpaceChanged)
+    // ---- end of low-space alerts: properties ----
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -299,6 +309,28 @@ public:
     void setBanner(std::optional<std::string> text);
     void setCleanupNotice(std::optional<CleanupNotice> notice);
 
+    // ---- low-space alerts (AppModelLowSpace.cpp) -------------------------------------------
+    // Evaluated with every usable reading and after every low-space setting changes.
+    [[nodiscard]] LowSpaceSeverity lowSpaceSeverity() const { return lowSpaceSeverity_; }
+    [[nodiscard]] QString lowSpaceSeverityText() const;
+    // Free space is below the limit (any severity but none).
+    [[nodiscard]] bool lowSpaceIsLow() const { return lowSpaceIsLow_; }
+    // Low, and either critical or not hidden by the user.
+    [[nodiscard]] bool lowSpaceShowsBanner() const { return lowSpaceShowsBanner_; }
+    // Set by "Hide this warning until free space drops further"; cleared by anything but a
+    // warning, so the banner comes back at critical or after a recovery.
+    [[nodiscard]] bool lowSpaceNoticeHidden() const { return lowSpaceNoticeHidden_; }
+    // The banner shows as one compact line; cleared once free space recovers.
+    [[nodiscard]] bool lowSpaceBannerFolded() const { return lowSpaceBannerFolded_; }
+    // "Low on space: " + the free byte text + " left"; empty before the first evaluation.
+    [[nodiscard]] QString lowSpaceBannerText() const { return lowSpaceBannerText_; }
+    Q_INVOKABLE void hideLowSpaceNotice();
+    Q_INVOKABLE void foldLowSpaceBanner() { setLowSpaceBannerFolded(true); }
+    Q_INVOKABLE void setLowSpaceBannerFolded(bool folded);
+    // Tests hand the model a connection to their own bus; the program uses the session bus.
+    void useNotificationBus(const QDBusConnection& bus);
+    // ---- end of low-space alerts ------------------------------------------------------------
+
     // ---- duplicates (AppModelDuplicates.cpp) ---------------------------------------------
     [[nodiscard]] DuplicatesModel* duplicates() const;
 
@@ -342,6 +374,8 @@ signals:
     void sortRulesChanged();
     void folderRulesChanged();
     void ruleDraftChanged();
+    // ---- low-space alerts: signal ----
+    void lowSpaceChanged();
 
 private:
     void saveSettings() const;
@@ -445,6 +479,15 @@ private:
     std::optional<ParsedSort> draftSort_;
     std::optional<std::string> draftError_;
     std::vector<PhraseSpan> draftUnrecognized_;
+
+    // ---- low-space alerts: state (AppModelLowSpace.cpp) ----
+    LowSpaceSeverity lowSpaceSeverity_ = LowSpaceSeverity::none;
+    bool lowSpaceIsLow_ = false;
+    bool lowSpaceShowsBanner_ = false;
+    bool lowSpaceNoticeHidden_ = false;
+    bool lowSpaceBannerFolded_ = false;
+    QString lowSpaceBannerText_;
+    // ---- end of low-space alerts: state ----
 };
 
 } // namespace bv

@@ -22,6 +22,11 @@ void AppModel::registerNotifications() {
             &AppModel::requestCleanupSheet, Qt::UniqueConnection);
 }
 
+void AppModel::useNotificationBus(const QDBusConnection& bus) {
+    delete notifications_;
+    notifications_ = new NotificationCenter(bus, NotificationRouter::shared(), this);
+}
+
 // Links and the folder action arrive through the single-instance socket, which the
 // application object owns and feeds to handleInstanceArguments; nothing to install here.
 void AppModel::installLinkService() {}
