@@ -41,7 +41,7 @@ TEST(LowSpaceLimits, PicksTheLimitAndItsReArmLevel) {
         {"20 GB re-arms 5 GB above", 500 * GB, true, gigabytes, 20, 10, false, {20 * GB, 25 * GB, false}},
         {"0 GB is no size limit", 500 * GB, true, gigabytes, 0, 10, false, none},
         {"a tiny disk's margin is 2 %", 100, true, percent, 20, 50, false, {50, 52, false}},
-        {"below 100 bytes the margin is 1", 99, true, percent, 20, 50, false, {49, 50, false}},
+        {"below 100 bytes the margin is 1", 49, true, percent, 20, 50, false, {24, 25, false}},
         {"share rounds down", 1'999, true, percent, 20, 10, false, {199, 238, false}},
         {"0 % is no share limit", 500 * GB, true, percent, 20, 0, false, none},
         {"100 % is no share limit", 500 * GB, true, percent, 20, 100, false, none},
