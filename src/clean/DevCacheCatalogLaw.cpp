@@ -3,6 +3,7 @@
 #include <cctype>
 
 #include "clean/DevCacheCatalog.h"
+#include "foundation/AsciiCase.h"
 #include "clean/KeptVersions.h"
 
 namespace bv {
@@ -34,12 +35,6 @@ std::string underHome(const std::string& home, std::string_view relative) {
     std::string out = home;
     if (out.empty() || out.back() != '/') out += '/';
     out += relative;
-    return out;
-}
-
-std::string lowered(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return out;
 }
 
@@ -89,7 +84,7 @@ bool rowAdmits(const DevCacheCatalog::Recipe& recipe, const std::string& path, c
     case Case::nodeVersions:
         return isStrictlyBelow(path, root) && !kept.contains(versionKey(firstComponentUnder(path, root)));
     case Case::expoCaches:
-        return isStrictlyBelow(path, root) && lowered(firstComponentUnder(path, root)).find("cache") != std::string::npos;
+        return isStrictlyBelow(path, root) && asciiLowercased(firstComponentUnder(path, root)).find("cache") != std::string::npos;
     case Case::rustToolchains:
         // Only here does the law read the disk: the toolchains folder and rustup's settings.
         return isStrictlyBelow(path, root) &&
@@ -97,8 +92,8 @@ bool rowAdmits(const DevCacheCatalog::Recipe& recipe, const std::string& path, c
     case Case::suffixedChildren: {
         if (!isStrictlyBelow(path, root)) return false;
         const std::string_view name = firstComponentUnder(path, root);
-        const std::string suffix = lowered(recipe.behavior.suffix);
-        return name.size() > suffix.size() && lowered(name).ends_with(suffix) && !DevCacheCatalog::looksPrivate(name);
+        const std::string suffix = asciiLowercased(recipe.behavior.suffix);
+        return name.size() > suffix.size() && asciiLowercased(name).ends_with(suffix) && !DevCacheCatalog::looksPrivate(name);
     }
     case Case::reviewOnly:
     case Case::unavailableSimulators:
@@ -269,7 +264,7 @@ bool DevCacheCatalog::isKnownCachePath(std::string_view path, std::string_view h
 
 bool DevCacheCatalog::looksPrivate(std::string_view name) {
     if (name.starts_with(".")) return true;
-    const std::string lower = lowered(name);
+    const std::string lower = asciiLowercased(name);
     for (const auto& word : privateWords())
         if (lower.find(word) != std::string::npos) return true;
     return false;
@@ -326,7 +321,7 @@ bool DevCacheCatalog::canCleanOrphanPath(std::string_view path, std::string_view
     const std::string h = standardizedPath(home);
     if (!isBelow(p, underHome(h, "Library"))) return false;
     if (hasGitComponent(path)) return false;
-    const std::string last = lowered(p.substr(p.rfind('/') + 1));
+    const std::string last = asciiLowercased(p.substr(p.rfind('/') + 1));
     if (isAppleOwnedName(last) || last.find("com.apple") != std::string::npos) return false;
     for (const auto& folder : orphanLocationFolders()) {
         const std::string root = underHome(h, folder);
@@ -336,7 +331,7 @@ bool DevCacheCatalog::canCleanOrphanPath(std::string_view path, std::string_view
 }
 
 bool DevCacheCatalog::isAppleOwnedName(std::string_view name) {
-    const std::string lower = lowered(name);
+    const std::string lower = asciiLowercased(name);
     return lower == "com.apple" || lower == "apple" || lower.find("com.apple.") != std::string::npos ||
            lower.starts_with("com.icloud") || lower.starts_with("icloud");
 }

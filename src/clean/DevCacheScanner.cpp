@@ -1,4 +1,5 @@
 #include "clean/DevCacheScanner.h"
+#include "foundation/AsciiCase.h"
 
 #include <algorithm>
 #include <cctype>
@@ -62,14 +63,8 @@ std::string resolvedPathOf(const std::string& path) {
     return DevCacheCatalog::standardizedPath(path);
 }
 
-std::string lowered(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return out;
-}
-
 bool containsPrivateWord(std::string_view name) {
-    const std::string lower = lowered(name);
+    const std::string lower = asciiLowercased(name);
     for (const auto& word : DevCacheCatalog::privateWords())
         if (lower.find(word) != std::string::npos) return true;
     return false;
@@ -178,7 +173,7 @@ private:
         }
         case Case::expoCaches:
             for (const auto& child : childrenOf(root)) {
-                if (lowered(child.name).find("cache") == std::string::npos) continue;
+                if (asciiLowercased(child.name).find("cache") == std::string::npos) continue;
                 const std::string path = root + "/" + child.name;
                 DevScanRow row = commonRow(recipe, root, path, "expo-" + child.name, child.name);
                 row.bytes = measure(path);
@@ -209,9 +204,9 @@ private:
             break;
         }
         case Case::suffixedChildren: {
-            const std::string suffix = lowered(recipe.behavior.suffix);
+            const std::string suffix = asciiLowercased(recipe.behavior.suffix);
             for (const auto& child : childrenOf(root)) {
-                const std::string lower = lowered(child.name);
+                const std::string lower = asciiLowercased(child.name);
                 if (lower.size() <= suffix.size() || !lower.ends_with(suffix)) continue;
                 const std::string path = root + "/" + child.name;
                 DevScanRow row = commonRow(recipe, root, path, "updater-" + child.name,
@@ -264,8 +259,8 @@ DevCacheScanner::Result DevCacheScanner::scan(const std::string& home, const Opt
 }
 
 std::string DevCacheScanner::updateDownloadTitle(std::string_view folderName, std::string_view suffix) {
-    std::string base = lowered(folderName);
-    const std::string lowSuffix = lowered(suffix);
+    std::string base = asciiLowercased(folderName);
+    const std::string lowSuffix = asciiLowercased(suffix);
     if (base.size() >= lowSuffix.size() && base.ends_with(lowSuffix)) base.resize(base.size() - lowSuffix.size());
 
     static const std::pair<const char*, const char*> kKnownApps[] = {

@@ -1,4 +1,5 @@
 #include "clean/KeptVersions.h"
+#include "foundation/AsciiCase.h"
 
 #include <algorithm>
 #include <cctype>
@@ -33,12 +34,6 @@ std::string_view trimmed(std::string_view text, std::string_view drop) {
 }
 
 constexpr std::string_view kBlanks = " \t\r\n\v\f";
-
-std::string lowered(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return out;
-}
 
 // A version name as the rules compare it: lower-cased, without a leading "v".
 // The default alias, following aliases that name other alias files. Gives nothing when
@@ -123,7 +118,7 @@ std::set<std::string> keptToolchains(std::string_view home) {
 }
 
 std::string versionKey(std::string_view name) {
-    std::string key = lowered(name);
+    std::string key = asciiLowercased(name);
     if (!key.empty() && key.front() == 'v') key.erase(0, 1);
     return key;
 }

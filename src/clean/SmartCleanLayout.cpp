@@ -1,4 +1,5 @@
 #include "clean/SmartCleanLayout.h"
+#include "foundation/AsciiCase.h"
 
 #include <algorithm>
 #include <cctype>
@@ -10,18 +11,9 @@
 namespace bv {
 namespace {
 
-std::string upper(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
 // Marker files count as small whatever their size.
 bool isMarkerFile(const std::string& path) {
-    const std::string last = upper(path.substr(path.rfind('/') + 1));
+    const std::string last = asciiUppercased(path.substr(path.rfind('/') + 1));
     return last == "CACHEDIR.TAG" || last == ".DS_STORE";
 }
 
@@ -97,7 +89,7 @@ std::vector<SmartCleanLayout::Card> SmartCleanLayout::cards(const std::vector<De
         std::vector<DevScanRow> small;
         std::optional<std::string> keptText;
         for (const DevScanRow* row : members[card.id]) {
-            const std::string text = lower(row->note + " " + row->blockedReason.value_or(""));
+            const std::string text = asciiLowercased(row->note + " " + row->blockedReason.value_or(""));
             const bool kept = !row->selectable && row->kind == DevRowKind::cleanable &&
                               (text.find("newest") != std::string::npos || text.find("every day") != std::string::npos ||
                                text.find("stays") != std::string::npos);

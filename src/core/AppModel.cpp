@@ -47,6 +47,7 @@ AppModel::AppModel(bool loadLiveData, QObject* parent)
     clock_ = new RepeatingClock(this);
     setUpActivityLog();
     installCleanRun();
+    installSmartClean();
     if (!loadLiveData_) return;
 
     // Construction reads each state file once, in a fixed order, before the first frame.
@@ -183,13 +184,6 @@ void AppModel::surveyStorage(bool force) {
     storageSurveyToken_ = Uuid::generate();
     lastStorageSurvey_ = now_();
     setStorageScanning(false);
-}
-
-void AppModel::scanDeveloperCaches() {
-    if (!loadLiveData_ || devScanning_) return;
-    // The developer cache scan fills this in; without it there is nothing to scan.
-    setDevScanning(false);
-    surveyStorage(true);
 }
 
 void AppModel::noteSessionEnd() {

@@ -18,6 +18,7 @@
 #include "core/ActionLogEntry.h"
 #include "clean/CleanupNotice.h"
 #include "clean/qt/CleanRun.h"
+#include "clean/qt/SmartCleanModel.h"
 #include "core/AppPersistence.h"
 #include "core/BrimvaleSettings.h"
 #include "clean/CleanupPlan.h"
@@ -43,7 +44,6 @@ class RepeatingClock;
 }
 class QQmlEngine;
 class QJSEngine;
-class QDBusConnection;
 namespace bv {
 class VolumeWatcher;
 class NotificationCenter;
@@ -95,6 +95,10 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
     Q_PROPERTY(bv::CleanRun* cleanRun READ cleanRun CONSTANT)
     Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
+    // Smart Clean's rows and choice (AppModelDevCaches.cpp, clean/qt/SmartCleanModel).
+    Q_PROPERTY(bv::SmartCleanModel* smartClean READ smartClean CONSTANT)
+    Q_PROPERTY(QString devProgress READ devProgress NOTIFY devProgressChanged)
+    Q_PROPERTY(QString afterCleanLine READ afterCleanLine NOTIFY afterCleanChanged)
     // The sort rule editor's draft (AppModelRules.cpp).
     Q_PROPERTY(QString draftPhrase READ draftPhraseText WRITE setDraftPhrase NOTIFY ruleDraftChanged)
     Q_PROPERTY(int editorLineIndex READ editorLineIndex WRITE setEditorLineIndex NOTIFY ruleDraftChanged)
@@ -135,6 +139,9 @@ public:
     void recheckFullDiskAccess();
     Q_INVOKABLE void surveyStorage(bool force);
     Q_INVOKABLE void scanDeveloperCaches();
+    // The one way to open the clean-up preview from the Overview, the History screen, a
+    // notification or a link: the Smart Clean plan, then the sheet.
+    Q_INVOKABLE void openCleanupPreview();
     Q_INVOKABLE void requestCleanupSheet();
     Q_INVOKABLE void clearPreview();
     // Ctrl+digit and the Section menu: ask the window to show a section.
@@ -212,7 +219,6 @@ public:
     [[nodiscard]] const std::optional<CleanupNotice>& cleanupNotice() const { return cleanupNotice_; }
     [[nodiscard]] const Uuid& previewToken() const { return previewToken_; }
     [[nodiscard]] const Uuid& storageSurveyToken() const { return storageSurveyToken_; }
-    [[nodiscard]] const Uuid& duplicatesToken() const { return duplicatesToken_; }
     [[nodiscard]] const Uuid& spaceMapToken() const { return spaceMapToken_; }
     [[nodiscard]] RepeatingClock* clock() const { return clock_; }
     // The preview sheet and the run of a Smart Clean (AppModelClean.cpp).
@@ -327,9 +333,18 @@ public:
     Q_INVOKABLE void hideLowSpaceNotice();
     Q_INVOKABLE void foldLowSpaceBanner() { setLowSpaceBannerFolded(true); }
     Q_INVOKABLE void setLowSpaceBannerFolded(bool folded);
-    // Tests hand the model a connection to their own bus; the program uses the session bus.
-    void useNotificationBus(const QDBusConnection& bus);
     // ---- end of low-space alerts ------------------------------------------------------------
+
+    // ---- Smart Clean (AppModelDevCaches.cpp) ---------------------------------------------
+    [[nodiscard]] SmartCleanModel* smartClean() const { return smartClean_; }
+    // "Scanning developer caches…" while the scan runs, the survey's steps after it.
+    [[nodiscard]] QString devProgress() const { return QString::fromStdString(devProgress_); }
+    void setDevProgress(const std::string& text);
+    // After a clean: what came back, measured; or that the Trash still holds it; or that it
+    // is being measured. Empty before the first clean of this session.
+    [[nodiscard]] QString afterCleanLine() const;
+    // Seam for tests: how the scanner finds unavailable simulator devices.
+    void setDevScanOptions(DevCacheScanner::Options options) { devScanOptions_ = std::move(options); }
 
     // ---- duplicates (AppModelDuplicates.cpp) ---------------------------------------------
     [[nodiscard]] DuplicatesModel* duplicates() const;
@@ -340,6 +355,8 @@ public:
     void setVolumeReader(VolumeReadFn reader) { readVolume_ = std::move(reader); }
     void setNow(NowFn now) { now_ = std::move(now); }
     void setCalendar(CalendarContext calendar) { calendar_ = std::move(calendar); }
+    // The named bus connection notifications go out on (before `start`); empty: the session bus.
+    void setNotificationConnectionName(const QString& name) { notificationConnectionName_ = name; }
     [[nodiscard]] TimePoint now() const { return now_(); }
 
 signals:
@@ -376,6 +393,8 @@ signals:
     void ruleDraftChanged();
     // ---- low-space alerts: signal ----
     void lowSpaceChanged();
+    void devProgressChanged();
+    void afterCleanChanged();
 
 private:
     void saveSettings() const;
@@ -410,6 +429,7 @@ private:
     // The total Smart Clean would offer now; the streak counts a clear disk as a tidy day.
     [[nodiscard]] std::int64_t reclaimableTotal() const;
     void installCleanRun();
+    void installSmartClean();
 
     const bool loadLiveData_;
     AppPersistence store_;
@@ -447,7 +467,6 @@ private:
     bool wantsCleanupSheet_ = false;
     Uuid previewToken_ = Uuid::generate();
     Uuid storageSurveyToken_ = Uuid::generate();
-    Uuid duplicatesToken_ = Uuid::generate();
     Uuid spaceMapToken_ = Uuid::generate();
     std::optional<CleanupPlan> cleanupPlan_;
     std::set<std::string> cleanupExcluded_;
@@ -458,10 +477,14 @@ private:
     std::vector<ActionLogEntry> logEntries_;
     ActivityLog* activityLog_ = nullptr;
     NotificationCenter* notifications_ = nullptr;
+    QString notificationConnectionName_;
     std::optional<QString> pendingWatchPath_;
     bool pendingWatchFromLink_ = false;
     mutable DuplicatesModel* duplicates_ = nullptr; // child object, made on first use
     mutable SpaceMapModel* spaceMap_ = nullptr;
+    SmartCleanModel* smartClean_ = nullptr;
+    std::string devProgress_;
+    DevCacheScanner::Options devScanOptions_;
 
     // Rule lists and the sort rule editor (AppModelRules.cpp).
     void loadRuleFiles();

@@ -62,6 +62,8 @@ bool AppModel::presentCleanupPlan(CleanupPlan plan, CleanupSheetMode mode) {
         isCleanupSheetPresented_ = true;
         emit cleanupSheetChanged();
     }
+    // The sheet on screen shows the run's copy of the plan and carries out the run.
+    cleanRun_->presentPlan(*cleanupPlan_, mode);
     return true;
 }
 

@@ -13,9 +13,6 @@ void AppModel::alignArrangeWatcher() {}
 void AppModel::playCue(const char*, double) {}
 void AppModel::reevaluateCues() {}
 
-// Smart Clean: the reclaimable total of the current scan results.
-std::int64_t AppModel::reclaimableTotal() const { return 0; }
-
 // The tick's due checks after the refresh: Autopilot, Auto-Sort, Auto-Arrange, Build Watch
 // and the build suggestion scan, in that order, each guarded by its own in-flight flag.
 void AppModel::dueChecksOnTick() {}

@@ -15,16 +15,13 @@
 namespace bv {
 
 void AppModel::registerNotifications() {
-    notifications_ = new NotificationCenter(QDBusConnection::sessionBus(), NotificationRouter::shared(), this);
+    const QDBusConnection bus = notificationConnectionName_.isEmpty() ? QDBusConnection::sessionBus()
+                                                                      : QDBusConnection(notificationConnectionName_);
+    notifications_ = new NotificationCenter(bus, NotificationRouter::shared(), this);
     // The review action or a click on a low-space alert: the window comes forward and the
     // clean-up preview is on its way (requestCleanupSheet raises the window too).
     connect(&NotificationRouter::shared(), &NotificationRouter::brimvalePreviewCleanup, this,
             &AppModel::requestCleanupSheet, Qt::UniqueConnection);
-}
-
-void AppModel::useNotificationBus(const QDBusConnection& bus) {
-    delete notifications_;
-    notifications_ = new NotificationCenter(bus, NotificationRouter::shared(), this);
 }
 
 // Links and the folder action arrive through the single-instance socket, which the

@@ -1,4 +1,5 @@
 #include "core/LoginItemService.h"
+#include "foundation/AsciiCase.h"
 
 #include <cerrno>
 #include <cstring>
@@ -30,11 +31,6 @@ std::string quotedExecArgument(const std::string& path) {
         else out += c;
     }
     return out;
-}
-
-std::string lower(std::string s) {
-    for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return s;
 }
 
 } // namespace
@@ -78,7 +74,7 @@ LoginItemService::Status LoginItemService::status() const {
         if (!inMainGroup) continue;
         const auto eq = line.find('=');
         if (eq == std::string::npos) continue;
-        std::string key = line.substr(0, eq), value = lower(line.substr(eq + 1));
+        std::string key = line.substr(0, eq), value = asciiLowercased(line.substr(eq + 1));
         while (!key.empty() && key.back() == ' ') key.pop_back();
         while (!value.empty() && value.front() == ' ') value.erase(0, 1);
         if (key == "Hidden" && value == "true") return Status::off;

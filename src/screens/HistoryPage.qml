@@ -61,46 +61,7 @@ Item {
                         }
                     }
                     Item { Layout.fillWidth: true }
-                    // Seven days, oldest first; the bar height follows the day's bytes.
-                    Row {
-                        id: bars
-                        spacing: 6
-                        readonly property real peak: {
-                            let m = 0
-                            for (const b of page.log.weekBars) m = Math.max(m, b.bytes)
-                            return m
-                        }
-                        Repeater {
-                            model: page.log.weekBars
-                            delegate: Column {
-                                required property var modelData
-                                required property int index
-                                spacing: 4
-                                Item {
-                                    width: 18
-                                    height: 56
-                                    Rectangle {
-                                        anchors.bottom: parent.bottom
-                                        width: parent.width
-                                        radius: 3
-                                        height: bars.peak > 0 ? Math.max(3, parent.height * modelData.bytes / bars.peak) : 3
-                                        color: modelData.bytes > 0 ? Theme.accent : "#e1e5ec"
-                                    }
-                                    ToolTip.visible: barHover.hovered && modelData.text.length > 0
-                                    ToolTip.text: modelData.text
-                                    HoverHandler { id: barHover }
-                                }
-                                Text {
-                                    text: modelData.label
-                                    width: 18
-                                    horizontalAlignment: Text.AlignHCenter
-                                    font.pixelSize: Theme.captionSize
-                                    font.weight: index === 6 ? Font.DemiBold : Font.Normal
-                                    color: index === 6 ? Theme.text : Theme.tertiaryText
-                                }
-                            }
-                        }
-                    }
+                    WeekChart { bars: page.log.weekBars }
                 }
             }
 

@@ -7,6 +7,8 @@ import Brimvale.Core
 // The main window: the sidebar on the left, the selected section on the right.
 ApplicationWindow {
     id: window
+    // The reclaimable total on the Overview's and Smart Clean's rows, from 1 byte up.
+    readonly property string reclaimBadge: AppModel.smartClean.reclaimableBytes >= 1 ? AppModel.smartClean.reclaimableText : ""
     title: "Brimvale"
     width: 1120
     height: 760
@@ -34,14 +36,22 @@ ApplicationWindow {
         const stored = AppModel.storedSelection()
         if (sectionNames.indexOf(stored) >= 0) selection = stored
         AppModel.currentScreen = selection
-        if (AppModel.wantsCleanupSheet) AppModel.clearWantsCleanupSheet()
+        window.takeCleanupRequest()
+    }
+
+    // A preview asked for while no window was there (a notification, a link) waits in the
+    // model until the window can show it.
+    function takeCleanupRequest() {
+        if (!AppModel.wantsCleanupSheet) return
+        AppModel.clearWantsCleanupSheet()
+        AppModel.openCleanupPreview()
     }
 
     Connections {
         target: AppModel
         function onFocusRequested() {
             window.select(AppModel.focusSection)
-            if (AppModel.wantsCleanupSheet) AppModel.clearWantsCleanupSheet()
+            window.takeCleanupRequest()
         }
     }
 
@@ -81,7 +91,8 @@ ApplicationWindow {
         Sidebar {
             Layout.fillHeight: true
             selected: window.selection
-            badges: ({ activity: AppModel.activityLog.weekBadge, duplicates: AppModel.duplicates.badge })
+            badges: ({ overview: window.reclaimBadge, devMode: window.reclaimBadge,
+                       activity: AppModel.activityLog.weekBadge, duplicates: AppModel.duplicates.badge })
             onChosen: name => window.select(name)
         }
         Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.border }
@@ -91,7 +102,7 @@ ApplicationWindow {
             Layout.fillHeight: true
             currentIndex: Math.max(0, window.sectionNames.indexOf(window.selection))
             OverviewPage {}
-            PlaceholderPage { title: "Smart Clean"; tagline: "Files that rebuild themselves" }
+            SmartCleanPage {}
             DuplicatesPage {}
             PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
             PlaceholderPage { title: "Autopilot"; tagline: "Build folders gone on a schedule" }

@@ -8,6 +8,7 @@ Item {
     id: page
     property string title: "Overview"
     property string tagline: "What can go back, right now"
+    readonly property var log: AppModel.activityLog
 
     ScrollView {
         anchors.fill: parent
@@ -90,6 +91,90 @@ Item {
                     text: "Scanning…"
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
+                }
+            }
+
+            // What Smart Clean would give back now, and the way to it: always a preview first.
+            Card {
+                id: reclaim
+                title: "Ready to reclaim"
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+                readonly property bool scanning: AppModel.devScanning || AppModel.storageScanning
+                readonly property bool hasSome: AppModel.smartClean.reclaimableBytes > 0
+
+                RowLayout {
+                    Layout.fillWidth: true
+                    spacing: 14
+                    ColumnLayout {
+                        Layout.fillWidth: true
+                        spacing: 2
+                        RowLayout {
+                            spacing: 6
+                            Text {
+                                text: reclaim.hasSome ? AppModel.smartClean.reclaimableText
+                                    : reclaim.scanning ? "Scanning…" : "All tidy"
+                                font.pixelSize: reclaim.hasSome ? 28 : Theme.headingSize + 3
+                                font.weight: Font.Bold
+                                color: reclaim.hasSome ? Theme.accent : Theme.text
+                            }
+                            Text {
+                                visible: reclaim.hasSome
+                                text: "ready to reclaim"
+                                font.pixelSize: Theme.headingSize
+                                color: Theme.secondaryText
+                                Layout.alignment: Qt.AlignBaseline
+                            }
+                        }
+                        Text {
+                            visible: text.length > 0
+                            text: reclaim.hasSome ? "Preview first. Nothing moves until you confirm."
+                                : reclaim.scanning ? "" : "Nothing is waiting to be cleaned."
+                            font.pixelSize: Theme.bodySize
+                            color: Theme.secondaryText
+                        }
+                    }
+                    Button {
+                        visible: reclaim.hasSome
+                        text: "Review & Clean"
+                        highlighted: true
+                        onClicked: AppModel.openCleanupPreview()
+                    }
+                }
+                Text {
+                    visible: text.length > 0
+                    text: AppModel.afterCleanLine
+                    font.pixelSize: Theme.bodySize
+                    color: Theme.positive
+                }
+            }
+
+            Card {
+                title: "Freed this week"
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+                RowLayout {
+                    Layout.fillWidth: true
+                    spacing: 18
+                    ColumnLayout {
+                        Layout.fillWidth: true
+                        spacing: 2
+                        Text {
+                            text: page.log.weekTotalText
+                            font.pixelSize: 22
+                            font.weight: Font.Bold
+                            color: page.log.weekBytes >= 1 ? Theme.positive : Theme.text
+                        }
+                        Text {
+                            visible: page.log.weekBytes < 1
+                            Layout.fillWidth: true
+                            wrapMode: Text.WordWrap
+                            text: "Nothing freed yet. Your first cleanup shows up here."
+                            font.pixelSize: Theme.bodySize
+                            color: Theme.secondaryText
+                        }
+                    }
+                    WeekChart { bars: page.log.weekBars }
                 }
             }
 

@@ -1,4 +1,5 @@
 #include "space/NewToday.h"
+#include "foundation/AsciiCase.h"
 
 #include <algorithm>
 #include <cctype>
@@ -40,16 +41,11 @@ std::int64_t measureTree(int dirFd) {
     return total;
 }
 
-std::string lower(std::string s) {
-    for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return s;
-}
-
 } // namespace
 
 std::string kindDescription(const std::string& name, bool isDirectory) {
     const auto dot = name.rfind('.');
-    const std::string ext = dot == std::string::npos || dot == 0 ? std::string() : lower(name.substr(dot + 1));
+    const std::string ext = dot == std::string::npos || dot == 0 ? std::string() : asciiLowercased(name.substr(dot + 1));
     if (isDirectory) return ext == "app" ? "Application" : "Folder";
     static const std::map<std::string, std::string> known{
         {"pdf", "PDF document"},     {"zip", "ZIP archive"},      {"gz", "Gzip archive"},

@@ -74,7 +74,7 @@ TEST(SpaceHistory, OnlyTheCurrentMetricVersionIsKept) {
     bool replaced = true;
     EXPECT_EQ(SpaceHistory::accepting(SpaceHistory::fromJson(stored.toJson()), replaced), stored);
     EXPECT_FALSE(replaced);
-    SpaceHistory::accepting(std::nullopt, replaced);
+    (void)SpaceHistory::accepting(std::nullopt, replaced);
     EXPECT_TRUE(replaced);
 }
 

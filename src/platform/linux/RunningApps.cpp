@@ -1,4 +1,5 @@
 #include "platform/RunningApps.h"
+#include "foundation/AsciiCase.h"
 
 #include <cctype>
 #include <dirent.h>
@@ -15,11 +16,6 @@ extern char** environ;
 
 namespace bv {
 namespace {
-
-std::string lower(std::string s) {
-    for (auto& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return s;
-}
 
 std::string lastComponent(const std::string& path) {
     const auto slash = path.rfind('/');
@@ -50,8 +46,8 @@ std::string unescapeUnit(const std::string& s) {
 
 bool matchesName(const std::string& processName, const std::string& wanted, bool isCommandName) {
     if (processName.empty() || wanted.empty()) return false;
-    const std::string a = lower(processName);
-    const std::string b = lower(wanted);
+    const std::string a = asciiLowercased(processName);
+    const std::string b = asciiLowercased(wanted);
     if (a == b) return true;
     return isCommandName && a.size() == 15 && b.size() > 15 && b.compare(0, 15, a) == 0;
 }
@@ -155,9 +151,9 @@ std::optional<std::string> RunningApps::runningOwner(const std::vector<RunningPr
     for (const auto& p : processes) {
         std::optional<std::string> hit;
         for (const auto& id : bundleIDs) {
-            const std::string want = lower(stripDesktopSuffix(id));
+            const std::string want = asciiLowercased(stripDesktopSuffix(id));
             for (const auto& have : p.desktopIDs)
-                if (!want.empty() && lower(stripDesktopSuffix(have)) == want) hit = id;
+                if (!want.empty() && asciiLowercased(stripDesktopSuffix(have)) == want) hit = id;
         }
         for (const auto& n : wantedNames)
             if (!hit && (matchesName(p.commandName, n, true) || matchesName(p.executableName, n, false))) hit = n;

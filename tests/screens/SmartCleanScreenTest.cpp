@@ -1,0 +1,91 @@
+// Smart Clean and the Overview with the caches of a working programmer's home: the scan's
+// cards, the recommended rows ticked, the preview, and the Overview after the clean with its
+// measured line and the week's bar. One PNG of each lands in BV_SCREENSHOT_DIR.
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+
+#include "clean/qt/CleanRun.h"
+#include "clean/qt/SmartCleanModel.h"
+#include "core/AppModel.h"
+#include "platform/XdgPaths.h"
+#include "screens/GuiApplication.h"
+#include "support/DevCacheHome.h"
+
+using namespace bv;
+
+namespace {
+
+template <class Pred>
+bool spinUntil(Pred done, int ms = 20000) {
+    QElapsedTimer t;
+    t.start();
+    while (!done() && t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    return done();
+}
+
+void spin(int ms) {
+    spinUntil([] { return false; }, ms);
+}
+
+void save(QQuickWindow* window, const char* name) {
+    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
+    QDir().mkpath(dir);
+    const QImage image = window->grabWindow();
+    ASSERT_FALSE(image.isNull());
+    EXPECT_TRUE(image.save(dir + "/" + name + ".png"));
+}
+
+} // namespace
+
+TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
+    (void)bv::test::writeDevCacheHome(XdgPaths::home());
+    AppModel model(true);
+    // A fixed disk reading that drops by what the clean moved, so the run's measurement ends.
+    std::int64_t free = 41'300'000'000;
+    model.setVolumeReader([&free](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Home", 494'380'000'000, free}; });
+    model.cleanRun()->setTiming({30, 10, 10, 400, 40});
+    Cleaner::Environment quiet;
+    quiet.runningProcesses = [] { return std::vector<RunningProcess>{}; };
+    model.cleanRun()->setCleanerEnvironment(quiet);
+    model.start();
+    QQmlApplicationEngine engine;
+    QQuickWindow* window = loadMainWindow(engine, model);
+    ASSERT_NE(window, nullptr) << "Main.qml failed to load";
+    SmartCleanModel& smart = *model.smartClean();
+    ASSERT_TRUE(spinUntil([&] { return smart.hasScanned() && !model.devScanning() && !model.isRefreshing(); }));
+
+    model.focusOnSection("overview");
+    spin(200);
+    save(window, "overview-before-clean");
+
+    model.focusOnSection("devMode");
+    smart.selectRecommended();
+    spin(200);
+    const QVariantList cards = smart.cardList();
+    ASSERT_FALSE(cards.isEmpty());
+    // The build tool card keeps its newest copy and says so.
+    bool keptLine = false;
+    for (const auto& c : cards) keptLine |= c.toMap().value("keptLine").toString() == "The newest copy stays.";
+    EXPECT_TRUE(keptLine);
+    save(window, "smart-clean-selected");
+
+    smart.preview();
+    ASSERT_TRUE(spinUntil([&] { return model.cleanRun()->isSheetPresented(); }));
+    spin(200);
+    save(window, "smart-clean-preview");
+
+    model.cleanRun()->confirm();
+    ASSERT_TRUE(spinUntil([&] { return !model.cleanRun()->isSheetPresented(); }));
+    ASSERT_TRUE(spinUntil([&] { return !model.devScanning(); }));
+    model.dismissCleanupNotice();
+    model.focusOnSection("overview");
+    spin(300);
+    EXPECT_FALSE(model.afterCleanLine().isEmpty());
+    save(window, "overview-after-clean");
+}
