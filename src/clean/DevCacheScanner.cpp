@@ -83,6 +83,7 @@ public:
             }
             scanRecipe(recipe);
         }
+        measureRows();
         const auto bySize = [](const DevScanRow& a, const DevScanRow& b) { return a.bytes > b.bytes; };
         std::stable_sort(result_.rows.begin(), result_.rows.end(), bySize);
         std::stable_sort(result_.reviewRows.begin(), result_.reviewRows.end(), bySize);
@@ -91,6 +92,24 @@ public:
 
 private:
     bool cancelled() const { return options_.cancel && options_.cancel->isCancelled(); }
+
+    // Every cleanable row is measured at its own path, all together on one pool of threads:
+    // most cache folders are small, and walking them one after another would spend more
+    // time starting and stopping walks than reading folders. The rows measured elsewhere
+    // (the simulator devices) already hold their size.
+    void measureRows() {
+        std::vector<std::size_t> which;
+        std::vector<std::string> paths;
+        for (std::size_t i = 0; i < result_.rows.size(); ++i) {
+            if (result_.rows[i].id == "sim-unavailable") continue;
+            which.push_back(i);
+            paths.push_back(result_.rows[i].path);
+        }
+        FolderMeasure::Options options;
+        options.cancel = options_.cancel;
+        const auto sizes = FolderMeasure::measureMany(paths, options);
+        for (std::size_t k = 0; k < which.size(); ++k) result_.rows[which[k]].bytes = sizes[k].bytes;
+    }
 
     std::int64_t measure(const std::string& path, std::optional<double> seconds = std::nullopt) const {
         return FolderMeasure::bytes(path, seconds, options_.cancel);
@@ -127,13 +146,12 @@ private:
     }
 
     void scanRecipe(const Recipe& recipe) {
-        const std::string root = DevCacheCatalog::standardizedPath(home_ + "/" + recipe.relativePath);
+        const std::string root = DevCacheScanner::recipeFolder(home_, recipe);
         if (!exists(root)) return;
         auto& rows = result_.rows;
         switch (recipe.behavior.kind) {
         case Case::directory: {
             DevScanRow row = commonRow(recipe, root, root, recipe.id, recipe.title);
-            row.bytes = measure(root);
             rows.push_back(std::move(row));
             break;
         }
@@ -152,7 +170,6 @@ private:
                 DevScanRow row = commonRow(recipe, root, path, "cache-" + child.name, child.name);
                 row.selectable = true;
                 row.blockedReason.reset();
-                row.bytes = measure(path);
                 rows.push_back(std::move(row));
             }
             break;
@@ -161,7 +178,6 @@ private:
             for (const auto& child : childrenOf(root)) {
                 const std::string path = root + "/" + child.name;
                 DevScanRow row = commonRow(recipe, root, path, "gradle-" + child.name, child.name);
-                row.bytes = measure(path);
                 found.push_back(std::move(row));
             }
             std::stable_sort(found.begin(), found.end(), [](const DevScanRow& a, const DevScanRow& b) {
@@ -176,7 +192,6 @@ private:
                 if (asciiLowercased(child.name).find("cache") == std::string::npos) continue;
                 const std::string path = root + "/" + child.name;
                 DevScanRow row = commonRow(recipe, root, path, "expo-" + child.name, child.name);
-                row.bytes = measure(path);
                 rows.push_back(std::move(row));
             }
             break;
@@ -187,7 +202,6 @@ private:
                 DevScanRow row = commonRow(recipe, root, path, "node-" + child.name, "Node " + child.name);
                 row.optIn = true;
                 if (kept.contains(versionKey(child.name))) keep(row, DevCacheScanner::kDailyVersionStays);
-                row.bytes = measure(path);
                 rows.push_back(std::move(row));
             }
             break;
@@ -198,7 +212,6 @@ private:
                 const std::string path = root + "/" + child.name;
                 DevScanRow row = commonRow(recipe, root, path, "rustup-" + child.name, "Rust " + child.name);
                 if (kept.contains(child.name)) keep(row, DevCacheScanner::kToolchainStays);
-                row.bytes = measure(path);
                 rows.push_back(std::move(row));
             }
             break;
@@ -211,7 +224,6 @@ private:
                 const std::string path = root + "/" + child.name;
                 DevScanRow row = commonRow(recipe, root, path, "updater-" + child.name,
                                            DevCacheScanner::updateDownloadTitle(child.name, recipe.behavior.suffix));
-                row.bytes = measure(path);
                 rows.push_back(std::move(row));
             }
             break;
@@ -256,6 +268,10 @@ private:
 
 DevCacheScanner::Result DevCacheScanner::scan(const std::string& home, const Options& options) {
     return Walk(home, options).run();
+}
+
+std::string DevCacheScanner::recipeFolder(const std::string& home, const DevCacheCatalog::Recipe& recipe) {
+    return DevCacheCatalog::standardizedPath(home + "/" + recipe.relativePath);
 }
 
 std::string DevCacheScanner::updateDownloadTitle(std::string_view folderName, std::string_view suffix) {

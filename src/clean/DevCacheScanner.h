@@ -34,6 +34,10 @@ public:
     [[nodiscard]] static Result scan(const std::string& home, const Options& options);
     [[nodiscard]] static Result scan(const std::string& home) { return scan(home, Options{}); }
 
+    // The folder a catalogue row looks in under `home`, standardized; whether it exists is
+    // the caller's question. The scan and the storage survey both find rows' folders here.
+    [[nodiscard]] static std::string recipeFolder(const std::string& home, const DevCacheCatalog::Recipe& recipe);
+
     // The title of an app's update download folder: a known app's name, else the last
     // meaningful word of the folder's name, each + " update download".
     [[nodiscard]] static std::string updateDownloadTitle(std::string_view folderName, std::string_view suffix);

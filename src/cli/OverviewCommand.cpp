@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "cli/CliCommand.h"
+#include "clean/qt/SmartCleanModel.h"
 #include "core/AppModel.h"
 #include "foundation/ByteText.h"
 #include "foundation/Json.h"
@@ -54,6 +55,18 @@ int runOverview(const std::vector<std::string>& args) {
     model.refresh();
     if (model.isRefreshing()) loop.exec();
     model.noteSessionEnd();
+    // What Smart Clean would give back, and the survey that follows the scan, as the window
+    // would show them once its first look is done.
+    model.scanDeveloperCaches();
+    QEventLoop scans;
+    const auto settleScans = [&] {
+        if (!model.devScanning() && !model.storageScanning()) scans.quit();
+    };
+    QObject::connect(&model, &AppModel::devScanningChanged, &scans, settleScans);
+    QObject::connect(&model, &AppModel::storageScanningChanged, &scans, settleScans);
+    QTimer::singleShot(60000, &scans, &QEventLoop::quit);
+    if (model.devScanning() || model.storageScanning()) scans.exec();
+    const std::int64_t reclaimable = model.smartClean()->reclaimableBytes();
 
     const VolumeSnapshot& v = model.latest();
     if (json) {
@@ -83,6 +96,7 @@ int runOverview(const std::vector<std::string>& args) {
                 files.push_back(row);
             }
         j["newToday"] = files;
+        j["reclaimableBytes"] = reclaimable;
         putDate(j, "updated", model.lastRefresh());
         std::fputs(encodeJson(j).c_str(), stdout);
         return 0;
@@ -99,6 +113,11 @@ int runOverview(const std::vector<std::string>& args) {
         if (!midnight.isEmpty()) std::printf("  %s\n", midnight.toStdString().c_str());
         if (!lastOpen.isEmpty()) std::printf("  %s\n", lastOpen.toStdString().c_str());
     }
+    std::printf("\nReady to reclaim\n");
+    if (reclaimable > 0)
+        std::printf("  %s ready to reclaim. Preview first. Nothing moves until you confirm.\n", byteText(reclaimable).c_str());
+    else
+        std::printf("  All tidy. Nothing is waiting to be cleaned.\n");
     std::printf("\nNew today\n");
     if (model.desktopFiles().empty() && model.downloadFiles().empty()) {
         std::printf("  Nothing new on your Desktop or in Downloads.\n");

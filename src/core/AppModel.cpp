@@ -174,18 +174,6 @@ void AppModel::applyFileLists(std::vector<TrackedFile> desktop, std::vector<Trac
     setIsRefreshing(false);
 }
 
-void AppModel::surveyStorage(bool force) {
-    // The measured categories arrive with the storage survey; until then a survey has
-    // nothing to measure and simply ends, keeping the throttle's bookkeeping honest.
-    if (!force && lastStorageSurvey_ && now_() - *lastStorageSurvey_ < std::chrono::seconds(900)) {
-        setStorageScanning(false);
-        return;
-    }
-    storageSurveyToken_ = Uuid::generate();
-    lastStorageSurvey_ = now_();
-    setStorageScanning(false);
-}
-
 void AppModel::noteSessionEnd() {
     if (!loadLiveData_ || !latest_.isUsable()) return;
     history_.lastQuit = latest_;

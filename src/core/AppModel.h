@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -31,6 +32,7 @@
 #include "space/NewToday.h"
 #include "space/LowSpaceAlerts.h"
 #include "space/SpaceHistory.h"
+#include "space/StorageSurvey.h"
 #include "space/qt/SpaceMapModel.h"
 #include "autopilot/FolderRuleDraft.h"
 #include "autopilot/FolderWatchRule.h"
@@ -43,6 +45,7 @@ namespace bv {
 class RepeatingClock;
 }
 class QQmlEngine;
+class QTimer;
 class QJSEngine;
 namespace bv {
 class VolumeWatcher;
@@ -115,6 +118,20 @@ class AppModel : public QObject {
     Q_PROPERTY(bool lowSpaceBannerFolded READ lowSpaceBannerFolded WRITE setLowSpaceBannerFolded NOTIFY lowSpaceChanged)
     Q_PROPERTY(QString lowSpaceBannerText READ lowSpaceBannerText NOTIFY lowSpaceChanged)
     // ---- end of low-space alerts: properties ----
+    // ---- storage survey (AppModelSurvey.cpp) -------------------------------------------
+    // The bar: [{id, name, bytes, bytesText, fraction}], apps, developer, downloads,
+    // documents, other, free; empty until the first survey ends.
+    Q_PROPERTY(QVariantList storageSegments READ storageSegmentsList NOTIFY storageSurveyChanged)
+    // "Top space users": [{id, name, bytes, bytesText}], at most five.
+    Q_PROPERTY(QVariantList topFolders READ topFoldersList NOTIFY storageSurveyChanged)
+    // "Where the rest of the space is": [{id, title, bytes (null: unreadable), bytesText,
+    // detail, howTo, path}].
+    Q_PROPERTY(QVariantList coverageItems READ coverageItemsList NOTIFY storageSurveyChanged)
+    // While a survey measures: the bytes counted so far as a byte text; empty otherwise.
+    Q_PROPERTY(QString surveyBytesText READ surveyBytesText NOTIFY storageSurveyChanged)
+    // While a survey measures: "Measuring folders…", then "Measuring tool files…".
+    Q_PROPERTY(QString surveyStatus READ surveyStatus NOTIFY storageSurveyChanged)
+    // ---- end storage survey ----
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -349,6 +366,20 @@ public:
     // ---- duplicates (AppModelDuplicates.cpp) ---------------------------------------------
     [[nodiscard]] DuplicatesModel* duplicates() const;
 
+    // ---- storage survey (AppModelSurvey.cpp) -------------------------------------------
+    [[nodiscard]] const std::vector<StorageSegment>& storageSegments() const { return storageSegments_; }
+    [[nodiscard]] const std::vector<StorageSegment>& topFolders() const { return topFolders_; }
+    [[nodiscard]] const std::vector<CoverageItem>& coverageItems() const { return coverageItems_; }
+    [[nodiscard]] const std::optional<TimePoint>& lastStorageSurvey() const { return lastStorageSurvey_; }
+    [[nodiscard]] QVariantList storageSegmentsList() const;
+    [[nodiscard]] QVariantList topFoldersList() const;
+    [[nodiscard]] QVariantList coverageItemsList() const;
+    [[nodiscard]] QString surveyBytesText() const { return surveyBytesText_; }
+    [[nodiscard]] QString surveyStatus() const { return surveyStatus_; }
+    // Seam: where the survey looks (default: SurveyPlaces::current(), read at each survey).
+    void setSurveyPlaces(std::function<SurveyPlaces()> places) { surveyPlaces_ = std::move(places); }
+    // ---- end storage survey ----
+
     // ---- seams for tests: the platform reads behind a refresh ---------------------------
     using VolumeReadFn = std::function<VolumeSnapshot(const std::string& home, TimePoint now)>;
     using NowFn = std::function<TimePoint()>;
@@ -395,6 +426,8 @@ signals:
     void lowSpaceChanged();
     void devProgressChanged();
     void afterCleanChanged();
+    // Storage survey: segments, top folders, coverage, its progress text or status changed.
+    void storageSurveyChanged();
 
 private:
     void saveSettings() const;
@@ -485,6 +518,25 @@ private:
     SmartCleanModel* smartClean_ = nullptr;
     std::string devProgress_;
     DevCacheScanner::Options devScanOptions_;
+
+    // ---- storage survey (AppModelSurvey.cpp) -------------------------------------------
+    void finishSurvey(StorageSurvey::Sizes sizes, std::vector<CoverageItem> coverage);
+    void setSurveyResults(std::vector<StorageSegment> segments, std::vector<StorageSegment> top,
+                          std::vector<CoverageItem> coverage);
+    void setSurveyProgressTexts(QString status, QString bytesText);
+    void pollSurveyProgress();
+    std::vector<StorageSegment> storageSegments_;
+    std::vector<StorageSegment> topFolders_;
+    std::vector<CoverageItem> coverageItems_;
+    std::optional<StorageSurvey::Sizes> surveySizes_; // the last survey's figures, for a new bar
+    bool surveyRunning_ = false;                      // a survey's measures are out
+    std::shared_ptr<SurveyProgress> surveyProgress_;
+    std::shared_ptr<CancellationFlag> surveyCancel_;
+    QTimer* surveyPoll_ = nullptr;
+    QString surveyStatus_;
+    QString surveyBytesText_;
+    std::function<SurveyPlaces()> surveyPlaces_;
+    // ---- end storage survey ----
 
     // Rule lists and the sort rule editor (AppModelRules.cpp).
     void loadRuleFiles();

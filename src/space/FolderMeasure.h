@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "foundation/CancellationFlag.h"
 #include "foundation/ProgressHolder.h"
@@ -48,6 +49,11 @@ public:
     // measures as that one file; anything else that is not a folder gives zeros.
     [[nodiscard]] static Result measure(const std::string& path, const Options& options);
     [[nodiscard]] static Result measure(const std::string& path) { return measure(path, Options{}); }
+
+    // Measures several folders at once on one shared pool of threads: one result per path, in
+    // the order given, each as `measure` would give it. Far cheaper than one measure after
+    // another when there are many small folders. `progress` sees the sum of all of them.
+    [[nodiscard]] static std::vector<Result> measureMany(const std::vector<std::string>& paths, const Options& options);
 
     // Convenience: the bytes alone, with a deadline that many seconds from now (none: no deadline).
     [[nodiscard]] static std::int64_t bytes(const std::string& path, std::optional<double> secondsAllowed = std::nullopt,

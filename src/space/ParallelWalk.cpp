@@ -88,24 +88,51 @@ public:
         std::uint64_t entries = 0;
         Item rootItem{nullptr, root, 0, 0, rootSlot};
         readFolder(rootItem, std::make_shared<Handle>(fd), found, buffer, entries);
-        if (!found.empty()) {
-            const int threads = std::max(1, options_.threads > 0 ? options_.threads : ParallelWalk::defaultThreads());
-            {
-                std::lock_guard lock(mutex_);
-                for (auto& item : found) stack_.push_back(std::move(item));
+        drain(found);
+        outcome.stopped = stop_.load(std::memory_order_relaxed);
+        return outcome;
+    }
+
+    // Several roots on one pool: each root is opened and listed here, then their subfolders
+    // are shared by the same threads, so many small folders cost one pool, not one each.
+    ParallelWalk::Outcome runMany(const std::vector<std::pair<std::string, std::int64_t>>& roots) {
+        ParallelWalk::Outcome outcome;
+        std::vector<Item> found;
+        std::vector<char> buffer(kBufferSize);
+        std::uint64_t entries = 0;
+        for (const auto& [root, slot] : roots) {
+            const int fd = ::open(root.c_str(), kOpenFlags);
+            if (fd < 0) {
+                visitor_.folderUnreadable(root);
+                continue;
             }
-            found.clear();
-            std::vector<std::thread> pool;
-            pool.reserve(static_cast<std::size_t>(threads - 1));
-            for (int i = 1; i < threads; ++i) pool.emplace_back([this] { work(); });
-            work();
-            for (auto& t : pool) t.join();
+            outcome.rootOpened = true;
+            Item rootItem{nullptr, root, 0, 0, slot};
+            readFolder(rootItem, std::make_shared<Handle>(fd), found, buffer, entries);
+            if (stop_.load(std::memory_order_relaxed)) break;
         }
+        if (!stop_.load(std::memory_order_relaxed)) drain(found);
         outcome.stopped = stop_.load(std::memory_order_relaxed);
         return outcome;
     }
 
 private:
+    // Hands what the roots left behind to the pool and waits until it is all read.
+    void drain(std::vector<Item>& found) {
+        if (found.empty()) return;
+        const int threads = std::max(1, options_.threads > 0 ? options_.threads : ParallelWalk::defaultThreads());
+        {
+            std::lock_guard lock(mutex_);
+            for (auto& item : found) stack_.push_back(std::move(item));
+        }
+        found.clear();
+        std::vector<std::thread> pool;
+        pool.reserve(static_cast<std::size_t>(threads - 1));
+        for (int i = 1; i < threads; ++i) pool.emplace_back([this] { work(); });
+        work();
+        for (auto& t : pool) t.join();
+    }
+
     void work() {
         std::vector<Item> found;
         std::vector<char> buffer(kBufferSize);
@@ -288,6 +315,14 @@ ParallelWalk::Outcome ParallelWalk::run(const std::string& root, std::int64_t ro
                                         const Options& options) {
     Walk walk(visitor, options);
     return walk.run(root, rootSlot);
+}
+
+ParallelWalk::Outcome ParallelWalk::runMany(const std::vector<std::pair<std::string, std::int64_t>>& roots,
+                                            Visitor& visitor, const Options& options) {
+    Options plain = options;
+    plain.stayOnFileSystem = false; // each root's own file system is not tracked here
+    Walk walk(visitor, plain);
+    return walk.runMany(roots);
 }
 
 int ParallelWalk::defaultThreads() {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace bv {
@@ -53,6 +54,12 @@ public:
     // Walks `root` (a folder; a link at the root itself is followed, links below it never are).
     // The root's own files are reported under `rootSlot` at depth 0.
     static Outcome run(const std::string& root, std::int64_t rootSlot, Visitor& visitor, const Options& options);
+
+    // Walks several roots (folders, each with its slot) on one shared pool. A root that can't be
+    // opened is reported unreadable and the others go on; `rootOpened` says whether any opened.
+    // `stayOnFileSystem` is not honoured here: the walk crosses mounts, as `du` does.
+    static Outcome runMany(const std::vector<std::pair<std::string, std::int64_t>>& roots, Visitor& visitor,
+                           const Options& options);
 
     // A file's size as every scan counts it: the allocated size the file system reports,
     // or the file size when it reports none.

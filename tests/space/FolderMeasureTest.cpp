@@ -48,11 +48,27 @@ TEST(FolderMeasure, EdgesOfWhatIsMeasured) {
         {root + "/linked", oneFile, 1, 0},     // a link given as the folder is followed
         {root, 2 * oneFile, 2, 0},             // the link below the root is not
     };
+    std::vector<std::string> paths;
     for (const auto& c : cases) {
         const auto r = FolderMeasure::measure(c.path);
         EXPECT_EQ(r.bytes, c.bytes) << c.path;
         EXPECT_EQ(r.files, c.files) << c.path;
         EXPECT_EQ(r.unreadable, c.unreadable) << c.path;
+        paths.push_back(c.path);
+    }
+    // All at once on one pool, with a root inside another: each keeps its own sum.
+    paths.push_back(root + "/real");
+    for (int threads : {1, 3}) {
+        FolderMeasure::Options options;
+        options.threads = threads;
+        const auto many = FolderMeasure::measureMany(paths, options);
+        ASSERT_EQ(many.size(), paths.size());
+        for (std::size_t i = 0; i < std::size(cases); ++i) {
+            EXPECT_EQ(many[i].bytes, cases[i].bytes) << cases[i].path << " threads " << threads;
+            EXPECT_EQ(many[i].files, cases[i].files) << cases[i].path;
+            EXPECT_EQ(many[i].unreadable, cases[i].unreadable) << cases[i].path;
+        }
+        EXPECT_EQ(many.back().bytes, oneFile);
     }
 }
 
