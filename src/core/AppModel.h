@@ -30,6 +30,7 @@
 #include "foundation/CalendarContext.h"
 #include "foundation/Uuid.h"
 #include "space/NewToday.h"
+#include "space/LowSpaceAlerts.h"
 #include "space/SpaceHistory.h"
 #include "space/StorageSurvey.h"
 #include "space/qt/SpaceMapModel.h"
@@ -109,6 +110,14 @@ class AppModel : public QObject {
     Q_PROPERTY(QString draftError READ draftErrorText NOTIFY ruleDraftChanged)
     Q_PROPERTY(QVariantList draftUnrecognized READ draftUnrecognizedList NOTIFY ruleDraftChanged)
     Q_PROPERTY(QVariantMap draftSort READ draftSortMap NOTIFY ruleDraftChanged)
+    // ---- low-space alerts: properties (AppModelLowSpace.cpp) ----
+    Q_PROPERTY(QString lowSpaceSeverity READ lowSpaceSeverityText NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceIsLow READ lowSpaceIsLow NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceShowsBanner READ lowSpaceShowsBanner NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceNoticeHidden READ lowSpaceNoticeHidden NOTIFY lowSpaceChanged)
+    Q_PROPERTY(bool lowSpaceBannerFolded READ lowSpaceBannerFolded WRITE setLowSpaceBannerFolded NOTIFY lowSpaceChanged)
+    Q_PROPERTY(QString lowSpaceBannerText READ lowSpaceBannerText NOTIFY lowSpaceChanged)
+    // ---- end of low-space alerts: properties ----
     // ---- storage survey (AppModelSurvey.cpp) -------------------------------------------
     // The bar: [{id, name, bytes, bytesText, fraction}], apps, developer, downloads,
     // documents, other, free; empty until the first survey ends.
@@ -323,6 +332,26 @@ public:
     void setBanner(std::optional<std::string> text);
     void setCleanupNotice(std::optional<CleanupNotice> notice);
 
+    // ---- low-space alerts (AppModelLowSpace.cpp) -------------------------------------------
+    // Evaluated with every usable reading and after every low-space setting changes.
+    [[nodiscard]] LowSpaceSeverity lowSpaceSeverity() const { return lowSpaceSeverity_; }
+    [[nodiscard]] QString lowSpaceSeverityText() const;
+    // Free space is below the limit (any severity but none).
+    [[nodiscard]] bool lowSpaceIsLow() const { return lowSpaceIsLow_; }
+    // Low, and either critical or not hidden by the user.
+    [[nodiscard]] bool lowSpaceShowsBanner() const { return lowSpaceShowsBanner_; }
+    // Set by "Hide this warning until free space drops further"; cleared by anything but a
+    // warning, so the banner comes back at critical or after a recovery.
+    [[nodiscard]] bool lowSpaceNoticeHidden() const { return lowSpaceNoticeHidden_; }
+    // The banner shows as one compact line; cleared once free space recovers.
+    [[nodiscard]] bool lowSpaceBannerFolded() const { return lowSpaceBannerFolded_; }
+    // "Low on space: " + the free byte text + " left"; empty before the first evaluation.
+    [[nodiscard]] QString lowSpaceBannerText() const { return lowSpaceBannerText_; }
+    Q_INVOKABLE void hideLowSpaceNotice();
+    Q_INVOKABLE void foldLowSpaceBanner() { setLowSpaceBannerFolded(true); }
+    Q_INVOKABLE void setLowSpaceBannerFolded(bool folded);
+    // ---- end of low-space alerts ------------------------------------------------------------
+
     // ---- Smart Clean (AppModelDevCaches.cpp) ---------------------------------------------
     [[nodiscard]] SmartCleanModel* smartClean() const { return smartClean_; }
     // "Scanning developer caches…" while the scan runs, the survey's steps after it.
@@ -393,6 +422,8 @@ signals:
     void sortRulesChanged();
     void folderRulesChanged();
     void ruleDraftChanged();
+    // ---- low-space alerts: signal ----
+    void lowSpaceChanged();
     void devProgressChanged();
     void afterCleanChanged();
     // Storage survey: segments, top folders, coverage, its progress text or status changed.
@@ -523,6 +554,15 @@ private:
     std::optional<ParsedSort> draftSort_;
     std::optional<std::string> draftError_;
     std::vector<PhraseSpan> draftUnrecognized_;
+
+    // ---- low-space alerts: state (AppModelLowSpace.cpp) ----
+    LowSpaceSeverity lowSpaceSeverity_ = LowSpaceSeverity::none;
+    bool lowSpaceIsLow_ = false;
+    bool lowSpaceShowsBanner_ = false;
+    bool lowSpaceNoticeHidden_ = false;
+    bool lowSpaceBannerFolded_ = false;
+    QString lowSpaceBannerText_;
+    // ---- end of low-space alerts: state ----
 };
 
 } // namespace bv

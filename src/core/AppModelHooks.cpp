@@ -9,9 +9,6 @@ namespace bv {
 // Auto-Arrange: bring the live watcher in line with the rules.
 void AppModel::alignArrangeWatcher() {}
 
-// Low-space alerts: evaluate the latest reading against the limits.
-void AppModel::evaluateLowSpace(const VolumeSnapshot&, TimePoint) {}
-
 // Cues and sounds.
 void AppModel::playCue(const char*, double) {}
 void AppModel::reevaluateCues() {}
