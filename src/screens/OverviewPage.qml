@@ -24,6 +24,11 @@ Item {
                 Layout.rightMargin: 28
             }
 
+            LowSpaceBanner {
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+            }
+
             Card {
                 id: storage
                 title: "Storage"
@@ -134,7 +139,7 @@ Item {
                     }
                     Button {
                         visible: reclaim.hasSome
-                        text: "Review & Clean"
+                        text: "Review && Clean"
                         highlighted: true
                         onClicked: AppModel.openCleanupPreview()
                     }
