@@ -14,8 +14,10 @@
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 using namespace std::chrono_literals;
 
 namespace {
@@ -28,14 +30,6 @@ void resetState() {
 }
 
 // Spins the event loop until `done` or five seconds pass.
-template <class Pred>
-bool waitFor(Pred done) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
-
 VolumeSnapshot fakeVolume(TimePoint now, std::int64_t freeBytes) { return {now, "Test Disk", 500'000'000'000, freeBytes}; }
 
 } // namespace
@@ -77,7 +71,7 @@ TEST_F(AppModelTest, ConstructionMakesAnInstallationIDAndStartRunsOnce) {
     model.start();
     EXPECT_EQ(started.count(), 1);
     EXPECT_TRUE(model.clock()->isRunning());
-    ASSERT_TRUE(waitFor([&] { return !model.isRefreshing(); }));
+    ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing(); }));
     EXPECT_EQ(reads, 1);
     EXPECT_TRUE(model.settings().didSeedDefaultRules);
 }
@@ -96,7 +90,7 @@ TEST_F(AppModelTest, ARefreshWhileOneRunsIsDropped) {
     model.refresh();
     model.refresh();
     gate.release();
-    ASSERT_TRUE(waitFor([&] { return !model.isRefreshing(); }));
+    ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing(); }));
     EXPECT_EQ(reads.load(), 1);
     EXPECT_EQ(model.latest().freeBytes, 42);
     EXPECT_EQ(model.history().observations.size(), 1u);
@@ -122,7 +116,7 @@ TEST_F(AppModelTest, AZeroTotalReadingOnlyMovesTheRefreshTime) {
     // Through a real refresh the flag still clears once the lists are in.
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "x", 0, 0}; });
     model.refresh();
-    ASSERT_TRUE(waitFor([&] { return !model.isRefreshing(); }));
+    ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing(); }));
     EXPECT_EQ(model.latest(), good);
 }
 
@@ -218,7 +212,7 @@ TEST(RepeatingClock, ALongSleepGivesOneTickAndADeadlineAfterWaking) {
     RepeatingClock clock;
     int ticks = 0;
     clock.start(30ms, [&] { ++ticks; });
-    EXPECT_TRUE(waitFor([&] { return ticks >= 3; }));
+    EXPECT_TRUE(spinUntil([&] { return ticks >= 3; }));
     clock.stop();
     const int after = ticks;
     QElapsedTimer t;

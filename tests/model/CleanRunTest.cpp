@@ -11,18 +11,12 @@
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 
 namespace {
-
-template <class Pred>
-bool spinUntil(Pred done, int ms = 8000) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return done();
-}
 
 // What the run told the model, recorded.
 struct Recorder {

@@ -21,20 +21,14 @@
 #include "support/DevCacheHome.h"
 #include "support/ShellAndMounts.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 using bv::test::exists;
 namespace fs = std::filesystem;
 
 namespace {
-
-template <class Pred>
-bool spinUntil(Pred done, int ms = 20000) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return done();
-}
 
 std::vector<std::string> selectedIds(const SmartCleanModel& smart) {
     std::vector<std::string> out;

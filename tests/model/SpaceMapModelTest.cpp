@@ -9,18 +9,12 @@
 #include "space/SpaceMapTimings.h"
 #include "space/qt/SpaceMapModel.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 
 namespace {
-
-template <class Pred>
-bool waitFor(Pred done, int ms = 10000) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
 
 SpaceMapModel::Environment environment(const std::string& dataDir) {
     SpaceMapModel::Environment env;
@@ -72,7 +66,7 @@ TEST(SpaceMapModel, AScanEndsWithAMapAndItsTimingIsRemembered) {
     const Uuid token = model.token();
     model.start(); // a second start does nothing
     EXPECT_EQ(model.token(), token);
-    ASSERT_TRUE(waitFor([&] { return !model.scanning(); }));
+    ASSERT_TRUE(spinUntil([&] { return !model.scanning(); }));
     ASSERT_TRUE(model.hasMap());
     EXPECT_FALSE(model.map()->truncated);
     EXPECT_EQ(model.map()->fileCount, 2);

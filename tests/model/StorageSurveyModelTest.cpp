@@ -7,19 +7,13 @@
 #include "platform/XdgPaths.h"
 #include "space/FolderMeasure.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 using namespace std::chrono_literals;
 
 namespace {
-
-template <class Pred>
-bool waitFor(Pred done) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < 10000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
 
 const TimePoint kStart = *parseIsoDate("2026-11-22T08:00:00Z");
 constexpr std::int64_t kTotal = 500'000'000'000;
@@ -51,7 +45,7 @@ struct Fixture {
     bool readVolumeAndSettle(std::int64_t freeBytes) {
         model.applySnapshot(volume(now, freeBytes));
         model.surveyStorage(false);
-        return waitFor([&] { return !model.storageScanning() && model.lastStorageSurvey(); });
+        return spinUntil([&] { return !model.storageScanning() && model.lastStorageSurvey(); });
     }
 };
 
@@ -89,7 +83,7 @@ TEST(StorageSurveyModel, APlainSurveyWaitsFifteenMinutesAndOnlyRedrawsTheBarMean
         f.model.applySnapshot(volume(f.now, 90'000'000'000));
         f.model.surveyStorage(false);
         EXPECT_EQ(f.model.storageSurveyToken() != firstSurvey, c.measuresAgain) << c.after.count();
-        ASSERT_TRUE(waitFor([&] { return !f.model.storageScanning(); }));
+        ASSERT_TRUE(spinUntil([&] { return !f.model.storageScanning(); }));
         EXPECT_EQ(segment(f.model, "free"), 90'000'000'000) << "the bar follows the new reading either way";
         EXPECT_EQ(f.model.lastStorageSurvey(), c.measuresAgain ? f.now : kStart) << c.after.count();
     }
@@ -104,7 +98,7 @@ TEST(StorageSurveyModel, APlainRequestLeavesARunningSurveyAloneAndAForcedOneStar
     f.now = kStart + 5s;
     f.model.surveyStorage(true);
     EXPECT_NE(f.model.storageSurveyToken(), first);
-    ASSERT_TRUE(waitFor([&] { return !f.model.storageScanning(); }));
+    ASSERT_TRUE(spinUntil([&] { return !f.model.storageScanning(); }));
     EXPECT_EQ(f.model.lastStorageSurvey(), kStart + 5s);
     EXPECT_EQ(f.model.storageSegments().size(), 6u);
 }

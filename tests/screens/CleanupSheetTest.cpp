@@ -15,21 +15,15 @@
 #include "screens/GuiApplication.h"
 #include "screens/HoldToConfirm.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 
 namespace {
 
 void holdFor(HoldToConfirm& h, double seconds) {
     for (double t = 0; t < seconds - 1e-9; t += HoldToConfirm::kStep) h.advance(HoldToConfirm::kStep);
-}
-
-template <class Pred>
-bool spinUntil(Pred done, int ms = 8000) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return done();
 }
 
 } // namespace

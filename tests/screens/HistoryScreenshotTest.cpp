@@ -13,16 +13,12 @@
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spin;
 
 namespace {
-
-void spin(int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-}
 
 // A week of ordinary use, written the way the cleaner, Auto-Sort and Build Watch write it.
 std::vector<ActionLogEntry> realisticLog(TimePoint now) {

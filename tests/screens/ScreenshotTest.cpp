@@ -12,18 +12,10 @@
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
-
-namespace {
-
-void spin(int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-}
-
-} // namespace
+using bv::test::spin;
 
 // Renders the main window offscreen and saves one PNG per section into the build folder
 // (BV_SCREENSHOT_DIR), so every screen can be looked at without a display. The home is

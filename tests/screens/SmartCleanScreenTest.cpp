@@ -16,22 +16,13 @@
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/DevCacheHome.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
+using bv::test::spin;
 
 namespace {
-
-template <class Pred>
-bool spinUntil(Pred done, int ms = 20000) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return done();
-}
-
-void spin(int ms) {
-    spinUntil([] { return false; }, ms);
-}
 
 void save(QQuickWindow* window, const char* name) {
     const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");

@@ -14,16 +14,12 @@
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spin;
 
 namespace {
-
-void spin(int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-}
 
 // A file that takes `bytes` of disk without writing them.
 void allocate(const std::string& path, long long bytes) {
