@@ -91,7 +91,7 @@ Item {
                     visible: storage.measured
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
-                    text: "Folder categories are estimates. Other used space includes unmeasured files, other partitions and what the system keeps."
+                    text: "Folder categories are estimates. Other used space includes unmeasured files, snapshots, and other volumes."
                     font.pixelSize: Theme.captionSize
                     color: Theme.tertiaryText
                 }
