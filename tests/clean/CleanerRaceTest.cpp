@@ -4,7 +4,6 @@
 // its item. A naive check-then-rename runs under the same attack to show the harness bites.
 #include <gtest/gtest.h>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -64,13 +63,7 @@ struct Counts {
 struct Decoy {
     std::string dir;
     ino_t itemInode = 0;
-    explicit Decoy(const std::string& outside) : dir(outside + "/decoy") {
-        makeDir(dir + "/item");
-        writeFile(dir + "/item/data", "decoy");
-        struct stat st{};
-        ::lstat((dir + "/item").c_str(), &st);
-        itemInode = st.st_ino;
-    }
+    explicit Decoy(const std::string& outside) : dir(outside + "/decoy") { restore(); }
     [[nodiscard]] bool intact() const {
         struct stat st{};
         if (::lstat((dir + "/item").c_str(), &st) != 0 || st.st_ino != itemInode) return false;
@@ -133,35 +126,21 @@ private:
             }
             busy_ = true;
             if (running_) {
-                switch (attack_) {
-                case Attack::swapParentForLink:
-                    if (::rename(parent_.c_str(), (parent_ + ".real").c_str()) == 0) {
-                        ::symlink(decoy_.c_str(), parent_.c_str());
+                // The swapped path, and what stands in its place for a moment: a link into
+                // the decoy, or (with no link target) another file renamed over it.
+                const bool parentSwap = attack_ == Attack::swapParentForLink;
+                const std::string& victim = parentSwap ? parent_ : item;
+                const std::string linkTarget = parentSwap ? decoy_ : attack_ == Attack::swapItemForLink ? decoy_ + "/item" : "";
+                if (::rename(victim.c_str(), (victim + ".real").c_str()) == 0) {
+                    const bool swapped = linkTarget.empty() ? ::rename(other.c_str(), victim.c_str()) == 0
+                                                            : ::symlink(linkTarget.c_str(), victim.c_str()) == 0;
+                    if (swapped) {
                         ++swaps_;
                         swaps_.notify_all();
-                        ::unlink(parent_.c_str());
-                        ::rename((parent_ + ".real").c_str(), parent_.c_str());
+                        if (linkTarget.empty()) ::rename(victim.c_str(), other.c_str());
+                        else ::unlink(victim.c_str());
                     }
-                    break;
-                case Attack::swapItemForLink:
-                    if (::rename(item.c_str(), (item + ".real").c_str()) == 0) {
-                        ::symlink((decoy_ + "/item").c_str(), item.c_str());
-                        ++swaps_;
-                        swaps_.notify_all();
-                        ::unlink(item.c_str());
-                        ::rename((item + ".real").c_str(), item.c_str());
-                    }
-                    break;
-                case Attack::swapItemForOtherFile:
-                    if (::rename(item.c_str(), (item + ".real").c_str()) == 0) {
-                        if (::rename(other.c_str(), item.c_str()) == 0) {
-                            ++swaps_;
-                        swaps_.notify_all();
-                            ::rename(item.c_str(), other.c_str());
-                        }
-                        ::rename((item + ".real").c_str(), item.c_str());
-                    }
-                    break;
+                    ::rename((victim + ".real").c_str(), victim.c_str());
                 }
             }
             busy_ = false;
@@ -207,28 +186,16 @@ struct RaceHome {
     }
 };
 
-std::vector<std::string> listNames(const std::string& dir) {
-    std::vector<std::string> out;
-    if (DIR* d = ::opendir(dir.c_str())) {
-        while (dirent* e = ::readdir(d)) {
-            const std::string n = e->d_name;
-            if (n != "." && n != "..") out.push_back(n);
-        }
-        ::closedir(d);
-    }
-    return out;
-}
-
 // Checks the Trash (every info file has its item, every item is genuine or a stranger
 // with its record) and empties it so names stay short.
 void auditAndEmptyTrash(Counts& c) {
     const std::string trash = XdgPaths::dataHome() + "/Trash";
-    for (const auto& info : listNames(trash + "/info")) {
+    for (const auto& info : trashInfoNames()) {
         const std::string name = info.substr(0, info.size() - 10);
         struct stat st{};
         if (::lstat((trash + "/files/" + name).c_str(), &st) != 0) ++c.orphanInfo;
     }
-    for (const auto& name : listNames(trash + "/files")) {
+    for (const auto& name : trashFileNames()) {
         const std::string p = trash + "/files/" + name;
         struct stat st{};
         if (::lstat((trash + "/info/" + name + ".trashinfo").c_str(), &st) != 0) ++c.itemsWithoutInfo;
@@ -245,7 +212,7 @@ void resetParent(const std::string& parent, const std::string& otherFile) {
     struct stat st{};
     if (::lstat(parent.c_str(), &st) == 0 && S_ISLNK(st.st_mode)) ::unlink(parent.c_str());
     if (::lstat(parent.c_str(), &st) != 0) ::rename((parent + ".real").c_str(), parent.c_str());
-    for (const auto& n : listNames(parent)) {
+    for (const auto& n : namesIn(parent)) {
         const std::string p = parent + "/" + n;
         if (::lstat(p.c_str(), &st) == 0 && S_ISLNK(st.st_mode)) ::unlink(p.c_str());
         else removeTree(p);

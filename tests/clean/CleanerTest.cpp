@@ -3,7 +3,6 @@
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,11 +22,6 @@ using namespace bv::test;
 namespace {
 
 const TimePoint kNow = fromEpochSeconds(1795000000);
-
-void setModified(const std::string& path, std::int64_t epochSeconds) {
-    const struct timeval tv[2] = {{static_cast<time_t>(epochSeconds), 0}, {static_cast<time_t>(epochSeconds), 0}};
-    ::lutimes(path.c_str(), tv);
-}
 
 Cleaner::Environment quietEnvironment() {
     Cleaner::Environment env;

@@ -1,6 +1,7 @@
 #include "CleanerTestSupport.h"
 
 #include <dirent.h>
+#include <sys/time.h>
 
 #include <algorithm>
 
@@ -10,6 +11,8 @@
 namespace bv::test {
 namespace {
 int counter = 0;
+
+} // namespace
 
 std::vector<std::string> namesIn(const std::string& dir) {
     std::vector<std::string> out;
@@ -23,7 +26,11 @@ std::vector<std::string> namesIn(const std::string& dir) {
     std::sort(out.begin(), out.end());
     return out;
 }
-} // namespace
+
+void setModified(const std::string& path, std::int64_t epochSeconds) {
+    const struct timeval tv[2] = {{static_cast<time_t>(epochSeconds), 0}, {static_cast<time_t>(epochSeconds), 0}};
+    ::lutimes(path.c_str(), tv);
+}
 
 CleanerFixture::CleanerFixture() {
     home = XdgPaths::home();

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,12 @@ struct CleanerFixture {
 
 CleanupEntry cacheEntry(const std::string& path, const std::string& title = "Tool cache");
 CleanupEntry duplicateEntry(const std::string& path, const std::string& root);
+
+// Every name in a folder but "." and "..", sorted; empty when it can't be read.
+std::vector<std::string> namesIn(const std::string& dir);
+
+// Sets a path's modification (and access) time to whole seconds, without following a link.
+void setModified(const std::string& path, std::int64_t epochSeconds);
 
 // Every name in the home Trash's info/ and files/.
 std::vector<std::string> trashInfoNames();

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-
+#include "CleanerTestSupport.h"
 #include "clean/CleanupManifest.h"
 #include "clean/CleanupNotice.h"
 #include "foundation/FileIO.h"
@@ -27,16 +26,6 @@ ActionLogEntry logEntry(const std::string& path, std::int64_t bytes, const std::
     return e;
 }
 
-int filesIn(const std::string& dir) {
-    int n = 0;
-    if (DIR* d = ::opendir(dir.c_str())) {
-        while (dirent* e = ::readdir(d))
-            if (e->d_name[0] != '.') ++n;
-        ::closedir(d);
-    }
-    return n;
-}
-
 } // namespace
 
 TEST(CleanupManifest, LineActionsFollowTheIcon) {
@@ -54,7 +43,7 @@ TEST(CleanupManifest, WritesOneFilePerRunAndNothingForAnEmptyRun) {
     const std::string logs = XdgPaths::logsDir();
     const TimePoint now = fromEpochSeconds(1795000000);
     EXPECT_EQ(CleanupManifest::write("clean", {}, {}, now, logs, "dev"), std::nullopt);
-    EXPECT_EQ(filesIn(logs), 0);
+    EXPECT_TRUE(namesIn(logs).empty());
 
     const auto path = CleanupManifest::write(
         "clean", {logEntry("/home/u/.cache/a b", 1500, "trash"), logEntry("/home/u/old", 20, "trash.slash")},
@@ -75,7 +64,7 @@ TEST(CleanupManifest, WritesOneFilePerRunAndNothingForAnEmptyRun) {
     // Errors alone still make a file; a second run in the same second replaces the first.
     const auto again = CleanupManifest::write("autopilot", {}, {"Couldn’t clean Z. That path is protected."}, now, logs, "dev");
     EXPECT_EQ(again, path);
-    EXPECT_EQ(filesIn(logs), 1);
+    EXPECT_EQ(namesIn(logs).size(), 1u);
     EXPECT_EQ((*parseJson(readWholeFile(*path).value_or("")))["trigger"], "autopilot");
 
     // A folder that can't be made: quietly nothing.

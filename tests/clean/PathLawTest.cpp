@@ -19,24 +19,11 @@ struct Case {
 
 } // namespace
 
+// Absolute paths are held against an independent reading in PathLawPropertyTest; these are
+// the forms its generator never makes: empty and relative text, and dots inside a name.
 TEST(PathLaw, StandardizedPath) {
     const std::pair<const char*, const char*> cases[] = {
-        {"/", "/"},
-        {"", ""},
-        {"//", "/"},
-        {"/a/b/", "/a/b"},
-        {"/a//b///c", "/a/b/c"},
-        {"/a/./b/.", "/a/b"},
-        {"/a/b/../c", "/a/c"},
-        {"/a/b/../../..", "/"},
-        {"/../etc", "/etc"},
-        {"/a/..b/c..", "/a/..b/c.."},
-        {"/a/.../b", "/a/.../b"},
-        {"/home/ada/Library/../Library/Caches/", "/home/ada/Library/Caches"},
-        {"/home/ada/Bücher/日本/", "/home/ada/Bücher/日本"},
-        {"a/../b", "b"},
-        {"../a", "../a"},
-        {"./", "."},
+        {"", ""}, {"/a/..b/c..", "/a/..b/c.."}, {"a/../b", "b"}, {"../a", "../a"}, {"./", "."},
     };
     for (const auto& [in, out] : cases) EXPECT_EQ(DC::standardizedPath(in), out) << in;
 }
@@ -110,10 +97,6 @@ TEST(PathLaw, ProtectedAndKnownAreas) {
         {H("library/caches/x"), false},
     };
     for (const auto& c : knownCases) EXPECT_EQ(DC::isKnownCachePath(c.path, kHome), c.expected) << c.path;
-    EXPECT_EQ(DC::knownCacheAreas().size(), 47u);
-    EXPECT_EQ(DC::privateWords().size(), 16u);
-    EXPECT_EQ(DC::systemRoots().size(), 12u);
-    EXPECT_EQ(DC::userContentFolders().size(), 6u);
 }
 
 TEST(PathLaw, LooksPrivate) {
@@ -304,20 +287,4 @@ TEST(PathLaw, UnsafeRuleFolders) {
         {"relative/folder", true},
     };
     for (const auto& c : cases) EXPECT_EQ(DC::isUnsafeRuleFolder(c.path, kHome), c.expected) << c.path;
-}
-
-TEST(PathLaw, GitIsRefusedForEveryOrigin) {
-    const std::string inCache = H(".cache/npm-tool/.git/config");
-    EXPECT_FALSE(DC::canCleanCachePath(inCache, kHome, {}));
-    EXPECT_FALSE(DC::canCleanRulePath(H("Projects/a/.git/HEAD"), H("Projects/a"), kHome));
-    EXPECT_FALSE(DC::canCleanDuplicatePath(H("Downloads/.git/x"), kHome));
-    EXPECT_FALSE(DC::canCleanOrphanPath(H("Library/Caches/.git"), kHome));
-    EXPECT_TRUE(DC::isProtectedPath(H("Projects/a/.git"), kHome));
-}
-
-TEST(PathLaw, UserFacingWords) {
-    EXPECT_STREQ(DC::kUnsafeRuleFolderPicked,
-                 "That folder is kept safe. Choose a project folder instead. Your home folder, whole drives, Desktop, "
-                 "Documents, Downloads, Pictures, Movies, Music, and Library can\u2019t be cleaned automatically.");
-    EXPECT_STREQ(DC::kUnsafeRuleFolderPreview, "That folder is kept safe. Pick a project folder, then preview again.");
 }

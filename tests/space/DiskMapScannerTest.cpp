@@ -75,19 +75,15 @@ TEST(DiskMapScanner, TotalIsTheExactSumOfAllocatedBlocksWhateverTheThreadCount) 
 
 TEST(DiskMapScanner, EmptyAndMissingRoots) {
     const std::string empty = TestEnvironment::freshFolder("map-empty");
-    const DiskMap m = scanQuietly(empty);
-    EXPECT_EQ(m.totalBytes, 0);
-    EXPECT_TRUE(m.root.children.empty());
-    EXPECT_EQ(m.root.path, empty);
-    EXPECT_FALSE(m.truncated);
-    EXPECT_EQ(m.unreadableCount, 0);
-
-    const DiskMap missing = scanQuietly(empty + "/not-there");
-    EXPECT_EQ(missing.totalBytes, 0);
-    EXPECT_EQ(missing.unreadableCount, 1);
-    EXPECT_FALSE(missing.truncated);
-    EXPECT_EQ(missing.root.name, "not-there");
-    EXPECT_TRUE(missing.root.children.empty());
+    for (const auto& [path, unreadable] : {std::pair{empty, 0}, std::pair{empty + "/not-there", 1}}) {
+        const DiskMap m = scanQuietly(path);
+        EXPECT_EQ(m.totalBytes, 0) << path;
+        EXPECT_TRUE(m.root.children.empty()) << path;
+        EXPECT_EQ(m.root.path, path);
+        EXPECT_EQ(m.root.name, path.substr(path.rfind('/') + 1));
+        EXPECT_FALSE(m.truncated) << path;
+        EXPECT_EQ(m.unreadableCount, unreadable) << path;
+    }
 }
 
 TEST(DiskMapScanner, RootIsResolvedAndNamed) {

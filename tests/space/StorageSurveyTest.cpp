@@ -58,16 +58,8 @@ TEST(StorageSurvey, BarSegmentsKeepTheirOrderAndNeverGoNegative) {
         {"a total near the limit", 1, 1, 1, 1, kMax, 1, {1, 1, 1, 1, kMax - 5, 1}},
     };
     for (const auto& c : cases) {
-        StorageSurvey::Sizes sizes;
-        sizes.apps = c.apps;
-        sizes.developer = c.developer;
-        sizes.downloads = c.downloads;
-        sizes.documents = c.documents;
-        sizes.desktop = 999; // Desktop is never on the bar
-        VolumeSnapshot volume;
-        volume.totalBytes = c.total;
-        volume.freeBytes = c.free;
-        const auto segments = StorageSurvey::segments(sizes, volume);
+        const StorageSurvey::Sizes sizes{c.apps, c.developer, c.downloads, c.documents, 999, {}}; // Desktop is never on the bar
+        const auto segments = StorageSurvey::segments(sizes, VolumeSnapshot{{}, "", c.total, c.free});
         EXPECT_EQ(idsOf(segments),
                   (std::vector<std::string>{"apps", "developer", "downloads", "documents", "other", "free"}))
             << c.what;
