@@ -91,7 +91,8 @@ std::string MountTable::displayName(const MountEntry& entry) {
                 while (dirent* de = ::readdir(d)) {
                     if (de->d_name[0] == '.') continue;
                     char target[PATH_MAX];
-                    const std::string link = std::string("/dev/disk/by-label/") + de->d_name;
+                    std::string link = "/dev/disk/by-label/";
+                    link += de->d_name;
                     if (::realpath(link.c_str(), target) && std::string(target) == real) {
                         found = unescape(std::string(de->d_name));
                         // by-label escapes spaces as \x20.
