@@ -96,7 +96,16 @@ std::string MountTable::displayName(const MountEntry& entry) {
                     if (::realpath(link.c_str(), target) && std::string(target) == real) {
                         found = unescape(std::string(de->d_name));
                         // by-label escapes spaces as \x20.
-                        for (size_t p; (p = found.find("\\x20")) != std::string::npos;) found.replace(p, 4, " ");
+                        std::string spaced;
+                        for (std::size_t i = 0; i < found.size(); ++i) {
+                            if (found.compare(i, 4, "\\x20") == 0) {
+                                spaced += ' ';
+                                i += 3;
+                            } else {
+                                spaced += found[i];
+                            }
+                        }
+                        found = std::move(spaced);
                         break;
                     }
                 }
