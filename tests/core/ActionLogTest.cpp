@@ -11,15 +11,7 @@ namespace {
 const CalendarContext kBerlinUS("en_US", "Europe/Berlin");
 
 ActionLogEntry entry(const std::string& title, std::int64_t bytes, TimePoint date) {
-    ActionLogEntry e;
-    e.id = Uuid::generate();
-    e.date = date;
-    e.title = title;
-    e.subtitle = "detail";
-    e.symbolName = "trash";
-    e.bytesReclaimed = bytes;
-    e.sourcePath = "/home/u/" + title;
-    return e;
+    return {Uuid::generate(), date, title, "detail", "trash", bytes, "/home/u/" + title, std::nullopt};
 }
 
 TimePoint at(int y, int m, int d, int h = 12, int min = 0, int s = 0) { return kBerlinUS.date(y, m, d, h, min, s); }

@@ -1,25 +1,17 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QSignalSpy>
 
 #include "core/AppModel.h"
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 
 namespace {
-
-template <class Pred>
-bool waitUntil(Pred done) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
 
 CleanupEntry entry(const std::string& id) {
     CleanupEntry e;
@@ -83,7 +75,7 @@ TEST(AppModelCleanup, FolderStateAfterStartAndAGrant) {
     AppModel model(true);
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 100, 50}; });
     model.start();
-    ASSERT_TRUE(waitUntil([&] { return !model.folderState().homePath.empty(); }));
+    ASSERT_TRUE(spinUntil([&] { return !model.folderState().homePath.empty(); }));
     EXPECT_TRUE(model.folderState().homeReadable);
     EXPECT_TRUE(model.folderState().desktopReadable);
     EXPECT_FALSE(model.folderState().downloadsReadable);
@@ -98,5 +90,5 @@ TEST(AppModelCleanup, FolderStateAfterStartAndAGrant) {
     EXPECT_EQ(model.folderState().downloadsPath, elsewhere);
     EXPECT_GE(stateChanged.count(), 1);
     EXPECT_EQ(model.folderStateMap().value("downloadsPath").toString().toStdString(), elsewhere);
-    ASSERT_TRUE(waitUntil([&] { return !model.isRefreshing(); }));
+    ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing(); }));
 }

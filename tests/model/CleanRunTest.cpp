@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
-
 #include <dirent.h>
 
 #include "clean/qt/CleanRun.h"
@@ -90,6 +87,16 @@ Cleaner::Environment quietCleaner() {
     Cleaner::Environment env;
     env.runningProcesses = [] { return std::vector<RunningProcess>{}; };
     return env;
+}
+
+// Runs one plan through the model's own run to the end.
+bool cleanThroughModel(AppModel& model, const CleanupPlan& plan) {
+    model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 500'000'000'000, 1}; });
+    model.cleanRun()->setTiming(fastTiming());
+    model.cleanRun()->setCleanerEnvironment(quietCleaner());
+    model.cleanRun()->presentPlan(plan);
+    model.cleanRun()->confirm();
+    return spinUntil([&] { return !model.cleanRun()->isSheetPresented(); });
 }
 
 } // namespace
@@ -239,24 +246,14 @@ TEST(CleanRun, ModelWiresHistoryAndTheSettingsFile) {
     bv::test::removeTree(XdgPaths::appDataDir());
     {
         AppModel model(true);
-        model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 500'000'000'000, 1}; });
-        model.cleanRun()->setTiming(fastTiming());
-        model.cleanRun()->setCleanerEnvironment(quietCleaner());
-        model.cleanRun()->presentPlan(cachePlan(1));
-        model.cleanRun()->confirm();
-        ASSERT_TRUE(spinUntil([&] { return !model.cleanRun()->isSheetPresented(); }));
+        ASSERT_TRUE(cleanThroughModel(model, cachePlan(1)));
         EXPECT_TRUE(model.cleanupNotice().has_value());
         EXPECT_TRUE(model.settings().didExplainTrashUndo);
         EXPECT_EQ(loadLog(model.store()).size(), 1u);
     }
     AppModel again(true);
     EXPECT_TRUE(again.settings().didExplainTrashUndo);
-    again.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 500'000'000'000, 1}; });
-    again.cleanRun()->setTiming(fastTiming());
-    again.cleanRun()->setCleanerEnvironment(quietCleaner());
-    again.cleanRun()->presentPlan(cachePlan(1));
-    again.cleanRun()->confirm();
-    ASSERT_TRUE(spinUntil([&] { return !again.cleanRun()->isSheetPresented(); }));
+    ASSERT_TRUE(cleanThroughModel(again, cachePlan(1)));
     EXPECT_FALSE(again.cleanupNotice().has_value()) << "once per settings file, not once per launch";
     EXPECT_EQ(loadLog(again.store()).size(), 2u);
 }

@@ -1,27 +1,19 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QSignalSpy>
 
 #include "core/AppModel.h"
 #include "duplicates/qt/DuplicatesModel.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
 
 using namespace bv;
+using bv::test::spinUntil;
 using bv::test::TestEnvironment;
 using bv::test::writeFile;
 
 namespace {
-
-template <class Pred>
-bool waitUntil(Pred done) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < 10000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return done();
-}
 
 std::string blob(std::size_t size, char c) {
     std::string s(size, c);
@@ -46,7 +38,7 @@ std::string fixture() {
 void scanAndWait(DuplicatesModel& d) {
     d.setMinimumBytes(100000);
     d.startScan();
-    ASSERT_TRUE(waitUntil([&] { return !d.duplicatesScanning(); }));
+    ASSERT_TRUE(spinUntil([&] { return !d.duplicatesScanning(); }));
 }
 
 } // namespace
@@ -90,7 +82,7 @@ TEST(DuplicatesModel, ScanFindsGroupsAndKeepsTheLowestPath) {
     EXPECT_TRUE(d.duplicatesScanning());
     EXPECT_EQ(d.progressText(), "Looking at files…");
     d.startScan(); // ignored while one runs
-    ASSERT_TRUE(waitUntil([&] { return !d.duplicatesScanning(); }));
+    ASSERT_TRUE(spinUntil([&] { return !d.duplicatesScanning(); }));
     EXPECT_EQ(scanning.count(), 2);
     EXPECT_TRUE(d.progressText().isEmpty());
     EXPECT_TRUE(d.hasScannedDuplicates());
@@ -120,7 +112,7 @@ TEST(DuplicatesModel, StoppingKeepsTheEarlierGroupsAndAStaleAnswerIsDropped) {
     QSignalSpy groupsChanged(&d, &DuplicatesModel::groupsChanged);
     d.startScan();
     d.stopScan();
-    ASSERT_TRUE(waitUntil([&] { return !d.duplicatesScanning(); }));
+    ASSERT_TRUE(spinUntil([&] { return !d.duplicatesScanning(); }));
     EXPECT_EQ(d.duplicateGroups(), before);
     EXPECT_EQ(groupsChanged.count(), 0);
     EXPECT_TRUE(d.hasScannedDuplicates());

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
-
 #include "core/AppModel.h"
 #include "platform/XdgPaths.h"
 #include "space/FolderMeasure.h"

@@ -1,11 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QQmlApplicationEngine>
-#include <QQuickWindow>
 #include <QSignalSpy>
 
 #include <thread>
@@ -16,6 +11,7 @@
 #include "screens/HoldToConfirm.h"
 #include "support/TestEnvironment.h"
 #include "support/EventLoopWait.h"
+#include "SaveScreenshot.h"
 
 using namespace bv;
 using bv::test::spinUntil;
@@ -116,17 +112,13 @@ TEST(CleanupSheet, RendersBeforeDuringAndAfterARun) {
     env.beforeAction = [](const CleanupEntry&) { std::this_thread::sleep_for(std::chrono::milliseconds(500)); };
     model.cleanRun()->setCleanerEnvironment(env);
 
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
     auto shoot = [&](const char* name) {
         QCoreApplication::processEvents();
-        const QImage image = window->grabWindow();
-        ASSERT_FALSE(image.isNull());
-        EXPECT_TRUE(image.save(dir + "/" + name));
+        test::saveScreenshot(window, name);
     };
 
     model.cleanRun()->presentPlan(plan);
-    spinUntil([] { return false; }, 300);
+    test::spin(300);
     shoot("cleanup-sheet-before.png");
 
     model.cleanRun()->setEntryTicked("renders", false); // leaves only Trash moves: the plain button
@@ -135,7 +127,7 @@ TEST(CleanupSheet, RendersBeforeDuringAndAfterARun) {
     shoot("cleanup-sheet-during.png");
 
     ASSERT_TRUE(spinUntil([&] { return model.cleanRun()->phase() == CleanRun::Phase::success; }));
-    spinUntil([] { return false; }, 100);
+    test::spin(100);
     shoot("cleanup-sheet-after.png");
     ASSERT_TRUE(spinUntil([&] { return !model.cleanRun()->isSheetPresented(); }));
     EXPECT_TRUE(test::exists(home + "/.cache/sheet/renders")) << "the unticked entry stays";

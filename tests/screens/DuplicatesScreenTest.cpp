@@ -1,12 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
-#include <QQuickWindow>
 
 #include <unistd.h>
 
@@ -15,9 +10,11 @@
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
 #include "support/EventLoopWait.h"
+#include "SaveScreenshot.h"
 
 using namespace bv;
 using bv::test::spin;
+using bv::test::spinUntil;
 
 namespace {
 
@@ -64,10 +61,7 @@ TEST(Screens, DuplicatesShowsGroupsWithKeepers) {
     ASSERT_NE(window, nullptr) << "Main.qml failed to load";
     model.focusOnSection("duplicates");
     d.startScan();
-    QElapsedTimer t;
-    t.start();
-    while (d.duplicatesScanning() && t.elapsed() < 20000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    ASSERT_FALSE(d.duplicatesScanning());
+    ASSERT_TRUE(spinUntil([&] { return !d.duplicatesScanning(); }, 20000));
     ASSERT_EQ(d.duplicateGroups().size(), 4u);
     const auto& photos = d.duplicateGroups()[1];
     ASSERT_EQ(photos.files.size(), 3u);
@@ -83,9 +77,5 @@ TEST(Screens, DuplicatesShowsGroupsWithKeepers) {
             << expected;
     EXPECT_TRUE(texts.contains("48.2 MB")) << "the sidebar badge";
 
-    const QImage image = window->grabWindow();
-    ASSERT_FALSE(image.isNull());
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
-    EXPECT_TRUE(image.save(dir + "/duplicates-groups.png"));
+    test::saveScreenshot(window, "duplicates-groups.png");
 }

@@ -1,12 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QQmlApplicationEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
 
 #include "core/ActionLog.h"
 #include "core/AppModel.h"
@@ -14,6 +8,7 @@
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
 #include "support/EventLoopWait.h"
+#include "SaveScreenshot.h"
 
 using namespace bv;
 using bv::test::spin;
@@ -52,27 +47,10 @@ std::vector<ActionLogEntry> realisticLog(TimePoint now) {
          home + "/.config/skylark-notes", std::nullopt},
     };
     std::vector<ActionLogEntry> log;
-    for (const auto& r : rows) {
-        ActionLogEntry e;
-        e.id = Uuid::generate();
-        e.date = at(r.daysAgo, r.hour, r.minute);
-        e.title = r.title;
-        e.subtitle = r.subtitle;
-        e.symbolName = r.symbol;
-        e.bytesReclaimed = r.bytes;
-        e.sourcePath = r.source;
-        e.destinationPath = r.destination;
-        log.push_back(e);
-    }
+    for (const auto& r : rows)
+        log.push_back({Uuid::generate(), at(r.daysAgo, r.hour, r.minute), r.title, r.subtitle, r.symbol, r.bytes,
+                       r.source, r.destination});
     return log;
-}
-
-QImage save(QQuickWindow* window, const QString& name) {
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
-    const QImage image = window->grabWindow();
-    EXPECT_TRUE(image.save(dir + "/" + name));
-    return image;
 }
 
 } // namespace
@@ -95,12 +73,12 @@ TEST(Screens, HistoryWithARealisticLog) {
     ActivityLog* history = model.activityLog();
     EXPECT_FALSE(history->weekBadge().isEmpty());
     EXPECT_EQ(history->entries()->rowCount(), 7);
-    save(window, "history-week.png");
+    test::saveScreenshot(window, "history-week.png");
 
     history->setQuery("documents");
     spin(200);
     EXPECT_EQ(history->entries()->rowCount(), 1) << "found by the folder it went to";
-    save(window, "history-search.png");
+    test::saveScreenshot(window, "history-search.png");
     history->setQuery("");
 
     // The confirmation: open it through the page's own dialog, then cancel.
@@ -112,7 +90,7 @@ TEST(Screens, HistoryWithARealisticLog) {
     QMetaObject::invokeMethod(dialog, "open");
     spin(400);
     EXPECT_TRUE(dialog->property("visible").toBool()) << dialog->metaObject()->className();
-    save(window, "history-clear.png");
+    test::saveScreenshot(window, "history-clear.png");
     QMetaObject::invokeMethod(dialog, "close");
     spin(100);
     EXPECT_EQ(model.logEntries().size(), log.size()) << "opening the confirmation clears nothing";

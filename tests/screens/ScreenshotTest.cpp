@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QImage>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -35,9 +34,7 @@ TEST(Screens, EverySectionRendersAndIsSaved) {
     EXPECT_EQ(window->width(), 1120);
     EXPECT_EQ(window->height(), 760);
 
-    QElapsedTimer t;
-    t.start();
-    while (model.isRefreshing() && t.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    bv::test::spinUntil([&] { return !model.isRefreshing(); }, 5000);
 
     const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
     QDir().mkpath(dir);

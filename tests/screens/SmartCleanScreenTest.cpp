@@ -3,12 +3,7 @@
 // measured line and the week's bar. One PNG of each lands in BV_SCREENSHOT_DIR.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QQmlApplicationEngine>
-#include <QQuickWindow>
 
 #include "clean/qt/CleanRun.h"
 #include "clean/qt/SmartCleanModel.h"
@@ -17,22 +12,11 @@
 #include "screens/GuiApplication.h"
 #include "support/DevCacheHome.h"
 #include "support/EventLoopWait.h"
+#include "SaveScreenshot.h"
 
 using namespace bv;
 using bv::test::spinUntil;
 using bv::test::spin;
-
-namespace {
-
-void save(QQuickWindow* window, const char* name) {
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
-    const QImage image = window->grabWindow();
-    ASSERT_FALSE(image.isNull());
-    EXPECT_TRUE(image.save(dir + "/" + name + ".png"));
-}
-
-} // namespace
 
 TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
     (void)bv::test::writeDevCacheHome(XdgPaths::home());
@@ -53,7 +37,7 @@ TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
 
     model.focusOnSection("overview");
     spin(200);
-    save(window, "overview-before-clean");
+    test::saveScreenshot(window, "overview-before-clean.png");
 
     model.focusOnSection("devMode");
     smart.selectRecommended();
@@ -64,12 +48,12 @@ TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
     bool keptLine = false;
     for (const auto& c : cards) keptLine |= c.toMap().value("keptLine").toString() == "The newest copy stays.";
     EXPECT_TRUE(keptLine);
-    save(window, "smart-clean-selected");
+    test::saveScreenshot(window, "smart-clean-selected.png");
 
     smart.preview();
     ASSERT_TRUE(spinUntil([&] { return model.cleanRun()->isSheetPresented(); }));
     spin(200);
-    save(window, "smart-clean-preview");
+    test::saveScreenshot(window, "smart-clean-preview.png");
 
     model.cleanRun()->confirm();
     ASSERT_TRUE(spinUntil([&] { return !model.cleanRun()->isSheetPresented(); }));
@@ -78,5 +62,5 @@ TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
     model.focusOnSection("overview");
     spin(300);
     EXPECT_FALSE(model.afterCleanLine().isEmpty());
-    save(window, "overview-after-clean");
+    test::saveScreenshot(window, "overview-after-clean.png");
 }

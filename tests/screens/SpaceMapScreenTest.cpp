@@ -3,18 +3,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QQmlApplicationEngine>
-#include <QQuickWindow>
 
 #include "core/AppModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
 #include "support/EventLoopWait.h"
+#include "SaveScreenshot.h"
 
 using namespace bv;
 using bv::test::spin;
@@ -32,19 +28,12 @@ void allocate(const std::string& path, long long bytes) {
 
 void mapAndWait(SpaceMapModel& sm) {
     sm.start();
-    QElapsedTimer t;
-    t.start();
-    while (sm.scanning() && t.elapsed() < 10000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    ASSERT_FALSE(sm.scanning());
+    ASSERT_TRUE(bv::test::spinUntil([&] { return !sm.scanning(); }));
 }
 
 void save(QQuickWindow* window, const QString& name) {
     spin(200);
-    const QImage image = window->grabWindow();
-    ASSERT_FALSE(image.isNull());
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
-    EXPECT_TRUE(image.save(dir + "/" + name));
+    bv::test::saveScreenshot(window, name);
 }
 
 } // namespace

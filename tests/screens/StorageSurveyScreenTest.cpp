@@ -3,10 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QQmlApplicationEngine>
 #include <QQmlComponent>
 #include <QQuickWindow>
@@ -15,6 +11,8 @@
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
+#include "support/EventLoopWait.h"
+#include "SaveScreenshot.h"
 
 using namespace bv;
 
@@ -58,11 +56,8 @@ TEST(Screens, StorageSurveyPiecesDrawTheSurveyWithoutWarnings) {
     });
     model.applySnapshot({model.now(), "Test Disk", 500'000'000'000, 120'000'000'000});
     model.surveyStorage(true);
-    QElapsedTimer t;
-    t.start();
-    while ((model.storageScanning() || t.elapsed() < 300) && t.elapsed() < 10000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    ASSERT_FALSE(model.storageScanning());
+    test::spin(300);
+    ASSERT_TRUE(test::spinUntil([&] { return !model.storageScanning(); }));
     ASSERT_EQ(model.coverageItems().size(), 1u);
 
     QQmlApplicationEngine engine;
@@ -78,10 +73,6 @@ TEST(Screens, StorageSurveyPiecesDrawTheSurveyWithoutWarnings) {
     QCoreApplication::processEvents();
     for (const auto& w : warnings) ADD_FAILURE() << w.toString().toStdString();
 
-    const QImage image = window->grabWindow();
-    ASSERT_FALSE(image.isNull());
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
-    EXPECT_TRUE(image.save(dir + "/storage-survey.png"));
+    test::saveScreenshot(window, "storage-survey.png");
     ::unlink(trashFile.c_str());
 }

@@ -103,7 +103,6 @@ TEST(SortRuleParser, ReadsSentences) {
          "When a file arrives"},
         {"delete tars at least 2 weeks old", "olderThanDays=14 location=downloads", A::trash, "When a file arrives"},
         {"move Pictures", "kind=image location=downloads", A::moveToFolder, "When a file arrives"},
-        {"move pdfs", "fileExtension=pdf location=downloads", A::moveToFolder, "When a file arrives"},
     };
     for (const auto& c : cases) {
         const auto r = parse(c.phrase);
