@@ -46,12 +46,19 @@ bool choosable(const DevScanRow& row) { return row.selectable && row.kind == Dev
 
 SmartCleanModel::SmartCleanModel(AppModel& model) : QObject(&model), model_(model) {}
 
+// The screen reads the cards from several bindings; they are built once per change.
+void SmartCleanModel::rebuild() {
+    cards_ = buildCards();
+    reviewRowMaps_ = buildReviewRows();
+    emit rowsChanged();
+}
+
 void SmartCleanModel::setScanResult(DevCacheScanner::Result result) {
     rows_ = std::move(result.rows);
     reviewRows_ = std::move(result.reviewRows);
     for (auto& r : rows_) r.selected = false;
     hasScanned_ = true;
-    emit rowsChanged();
+    rebuild();
 }
 
 void SmartCleanModel::selectRecommended() {
@@ -62,7 +69,7 @@ void SmartCleanModel::selectRecommended() {
             changed = true;
         }
     }
-    if (changed) emit rowsChanged();
+    if (changed) rebuild();
 }
 
 void SmartCleanModel::setRowSelected(const QString& id, bool selected) {
@@ -72,7 +79,7 @@ void SmartCleanModel::setRowSelected(const QString& id, bool selected) {
         const bool want = selected && choosable(r);
         if (r.selected == want) return;
         r.selected = want;
-        emit rowsChanged();
+        rebuild();
         return;
     }
 }
@@ -90,13 +97,13 @@ void SmartCleanModel::setCardSelected(const QString& cardId, bool selected) {
             changed = true;
         }
     }
-    if (changed) emit rowsChanged();
+    if (changed) rebuild();
 }
 
 void SmartCleanModel::setShowSmallItems(bool on) {
     if (showSmallItems_ == on) return;
     showSmallItems_ = on;
-    emit rowsChanged();
+    rebuild();
 }
 
 void SmartCleanModel::preview() { model_.presentCleanupPlan(SmartCleanLayout::plan(rows_, XdgPaths::home())); }
@@ -134,7 +141,7 @@ std::int64_t SmartCleanModel::reclaimableBytes() const {
 
 QString SmartCleanModel::reclaimableText() const { return q(byteText(reclaimableBytes())); }
 
-QVariantList SmartCleanModel::cardList() const {
+QVariantList SmartCleanModel::buildCards() const {
     const std::string home = XdgPaths::home();
     QVariantList out;
     for (const auto& card : SmartCleanLayout::cards(rows_, showSmallItems_)) {
@@ -167,7 +174,7 @@ QVariantList SmartCleanModel::cardList() const {
     return out;
 }
 
-QVariantList SmartCleanModel::reviewRowList() const {
+QVariantList SmartCleanModel::buildReviewRows() const {
     const std::string home = XdgPaths::home();
     QVariantList out;
     for (const auto& r : reviewRows_) out.push_back(rowMap(r, home));

@@ -62,14 +62,20 @@ public:
     [[nodiscard]] std::int64_t reclaimableBytes() const;
     [[nodiscard]] double reclaimableBytesForQml() const { return static_cast<double>(reclaimableBytes()); }
     [[nodiscard]] QString reclaimableText() const;
-    [[nodiscard]] QVariantList cardList() const;
-    [[nodiscard]] QVariantList reviewRowList() const;
+    [[nodiscard]] QVariantList cardList() const { return cards_; }
+    [[nodiscard]] QVariantList reviewRowList() const { return reviewRowMaps_; }
 
 signals:
     void rowsChanged();
 
 private:
+    void rebuild();
+    [[nodiscard]] QVariantList buildCards() const;
+    [[nodiscard]] QVariantList buildReviewRows() const;
+
     AppModel& model_;
+    QVariantList cards_;
+    QVariantList reviewRowMaps_;
     std::vector<DevScanRow> rows_;
     std::vector<DevScanRow> reviewRows_;
     bool showSmallItems_ = false;
