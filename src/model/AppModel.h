@@ -101,8 +101,7 @@ public:
     // QML's way to the one model: the instance handed to setQmlInstance (owned by C++).
     static AppModel* create(QQmlEngine*, QJSEngine*);
     static void setQmlInstance(AppModel* model);
-    // False when the environment holds XCTestConfigurationFilePath (kept for tooling that
-    // sets it); true otherwise.
+    // False when the environment holds XCTestConfigurationFilePath (tooling sets it).
     [[nodiscard]] static bool liveDataFromEnvironment();
 
     // ---- the shell's operations ---------------------------------------------------------
@@ -159,8 +158,7 @@ public:
     [[nodiscard]] const CalendarContext& calendar() const { return calendar_; }
 
     // ---- the rooms ----------------------------------------------------------------------
-    // Any feature object by its type (each exists once, built with the model).
-    template <class Room>
+    template <class Room> // any feature object by its type; each exists once
     [[nodiscard]] Room* room() const { return findChild<Room*>(QString(), Qt::FindDirectChildrenOnly); }
     [[nodiscard]] FeatureContext& context() { return *context_; }
     [[nodiscard]] AppClock* clock() const { return clock_; }

@@ -144,6 +144,7 @@ ApplicationWindow {
 
     MessageDialog {
         id: noticeDialog
+        objectName: "noticeDialog"
         title: AppModel.messages.cleanupNoticeTitle
         message: AppModel.messages.cleanupNoticeMessage
         // An error goes first: only one alert is up at a time.

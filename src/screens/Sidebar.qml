@@ -84,9 +84,6 @@ Rectangle {
                                     visible: text.length > 0
                                     font.pixelSize: Theme.captionSize
                                     color: Theme.secondaryText
-                                    elide: Text.ElideRight
-                                    Layout.maximumWidth: implicitWidth
-                                    Layout.fillWidth: true
                                 }
                                 Text {
                                     text: "Ctrl+" + row.modelData.key

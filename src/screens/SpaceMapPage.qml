@@ -341,26 +341,26 @@ Item {
                         Layout.fillWidth: true
                         spacing: 10
                         Text {
-                            text: modelData.dateText
+                            text: snapshotRow.model.dateText
                             font.pixelSize: Theme.bodySize
-                            font.weight: modelData.selected ? Font.DemiBold : Font.Normal
+                            font.weight: snapshotRow.model.selected ? Font.DemiBold : Font.Normal
                             color: Theme.text
                         }
                         Text {
-                            text: modelData.countedText + " · " + modelData.rootPath
+                            text: snapshotRow.model.countedText + " · " + snapshotRow.model.rootPath
                             font.pixelSize: Theme.captionSize
                             color: Theme.secondaryText
                             elide: Text.ElideMiddle
                             Layout.fillWidth: true
                         }
                         Button {
-                            text: modelData.selected ? "Stop comparing" : "Compare with this snapshot"
-                            enabled: modelData.selected || modelData.sameRoot
-                            onClicked: modelData.selected ? page.sm.stopComparing() : page.sm.compareWith(modelData.id)
+                            text: snapshotRow.model.selected ? "Stop comparing" : "Compare with this snapshot"
+                            enabled: snapshotRow.model.selected || snapshotRow.model.sameRoot
+                            onClicked: snapshotRow.model.selected ? page.sm.stopComparing() : page.sm.compareWith(snapshotRow.model.key)
                         }
                         Button {
                             text: "Delete"
-                            onClicked: { page.pendingDeleteId = modelData.id; deleteDialog.open() }
+                            onClicked: { page.pendingDeleteId = snapshotRow.model.key; deleteDialog.open() }
                         }
                     }
                 }

@@ -6,7 +6,9 @@
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 
+#include "core/qt/Messages.h"
 #include "model/AppModel.h"
+#include "SaveScreenshot.h"
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
@@ -36,23 +38,41 @@ TEST(Screens, EverySectionRendersAndIsSaved) {
 
     bv::test::spinUntil([&] { return !model.isRefreshing(); }, 5000);
 
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
-    for (const auto& info : sidebarSections()) {
-        const QString name = QString::fromUtf8(info.name.data(), static_cast<int>(info.name.size()));
-        model.focusOnSection(name);
-        spin(150);
-        EXPECT_EQ(model.currentScreen(), name);
-        const QImage image = window->grabWindow();
-        ASSERT_FALSE(image.isNull());
-        EXPECT_EQ(image.width(), 1120);
-        // A real page paints more than a handful of colours.
-        QSet<QRgb> colours;
-        for (int y = 0; y < image.height(); y += 7)
-            for (int x = 0; x < image.width(); x += 7) colours.insert(image.pixel(x, y));
-        EXPECT_GT(colours.size(), 8) << name.toStdString();
-        EXPECT_TRUE(image.save(dir + "/" + QString::number(info.key) + "-" + name + ".png"));
+    // Every section at the default size and at 1400 x 900, then the two alerts, as a user
+    // meets them: an error and the notice after a clean.
+    for (const QSize size : {QSize(1120, 760), QSize(1400, 900)}) {
+        window->resize(size);
+        const QString suffix = size.width() == 1120 ? QString() : QStringLiteral("-1400");
+        for (const auto& info : sidebarSections()) {
+            const QString name = QString::fromUtf8(info.name.data(), static_cast<int>(info.name.size()));
+            model.focusOnSection(name);
+            spin(150);
+            EXPECT_EQ(model.currentScreen(), name);
+            const QImage image = window->grabWindow();
+            ASSERT_EQ(image.width(), size.width());
+            // A real page paints more than a handful of colours.
+            QSet<QRgb> colours;
+            for (int y = 0; y < image.height(); y += 7)
+                for (int x = 0; x < image.width(); x += 7) colours.insert(image.pixel(x, y));
+            EXPECT_GT(colours.size(), 8) << name.toStdString();
+            test::saveScreenshot(window, QString::number(info.key) + "-" + name + suffix + ".png");
+        }
     }
+    window->resize(1120, 760);
+    model.messages()->setErrorMessage("Nothing is selected to clean.");
+    spin(200);
+    test::saveScreenshot(window, "alert-error.png");
+    model.messages()->dismissError();
+    model.messages()->setCleanupNotice(CleanupNotice{
+        "They\u2019re in the Trash", "3 items went to the Trash. To bring one back, open the Trash in your file "
+                                       "manager and choose Restore. Empty the Trash to get the space back."});
+    spin(200);
+    test::saveScreenshot(window, "alert-notice.png");
+    // The alert is a readable box in the middle, not a strip across the window.
+    auto* notice = window->findChild<QObject*>("noticeDialog");
+    ASSERT_TRUE(notice);
+    EXPECT_LE(notice->property("width").toDouble(), 440);
+    model.messages()->dismissCleanupNotice();
     // The selection is kept for the next start.
     EXPECT_EQ(model.storedSelection(), "autoArrange");
 }
