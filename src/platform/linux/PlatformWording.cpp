@@ -28,10 +28,21 @@ std::string platformWording(const std::string& text) {
         {"open the Trash in the Dock and choose Put Back", "open the Trash in your file manager and choose Restore"},
         {"~/Library/Logs/Brimvale", logsFolderForPeople()},
         {"the Dock", "your file manager"},
+        // The rule-folder refusal names Linux's app-data places where it names the Library.
+        {"Music, and Library can\u2019t", "Music, and app data such as ~/.local and ~/.config can\u2019t"},
     };
     std::string out = text;
     for (const auto& [from, to] : table) replaceAll(out, from, to);
     return out;
+}
+
+} // namespace bv
+
+namespace bv {
+
+std::string noSafeMoveWording(const std::string& driveName) {
+    const std::string drive = driveName.empty() ? "This drive" : "The drive \u201c" + driveName + "\u201d";
+    return drive + " can\u2019t move items safely, so nothing was moved.";
 }
 
 } // namespace bv
