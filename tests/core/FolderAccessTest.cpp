@@ -163,14 +163,24 @@ TEST(FolderAccess, UnreadableFolderAsAnUnprivilegedUser) {
     ::chmod(bv::test::TestEnvironment::root().c_str(), 0711);
     ::chmod(base.c_str(), 0755);
     makeDir(base + "/open");
-    makeDir(base + "/closed");
+    makeDir(base + "/closed/inner");
     ::chmod((base + "/open").c_str(), 0755);
     ::chmod((base + "/closed").c_str(), 0700);
 
     const auto open = asNobody([&] { return FolderAccess::isReadableFolder(base + "/open"); });
     const auto closed = asNobody([&] { return FolderAccess::isReadableFolder(base + "/closed"); });
+    // A bookmark tells a folder that is gone (rules turn off) from one that needs access
+    // (ask again): the locked folder, and one hidden behind it, need access; a missing one is gone.
+    const auto bookmarks = asNobody([&] {
+        const auto resolved = [](const std::string& p) { return SecurityBookmark::resolve(p); };
+        const auto openOne = resolved(base + "/open"), closedOne = resolved(base + "/closed"),
+                   behind = resolved(base + "/closed/inner");
+        return openOne && !openOne->needsAccess && closedOne && closedOne->needsAccess && behind &&
+               behind->needsAccess && !resolved(base + "/gone");
+    });
     ::chmod(bv::test::TestEnvironment::root().c_str(), 0700);
-    if (!open || !closed) GTEST_SKIP() << "cannot drop to an unprivileged user here";
+    if (!open || !closed || !bookmarks) GTEST_SKIP() << "cannot drop to an unprivileged user here";
     EXPECT_TRUE(*open) << "the control folder must be readable as nobody";
     EXPECT_FALSE(*closed);
+    EXPECT_TRUE(*bookmarks);
 }
