@@ -2,14 +2,13 @@
 
 #include <filesystem>
 #include <functional>
-#include <grp.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "core/FolderAccess.h"
 #include "core/SecurityBookmark.h"
 #include "foundation/FileIO.h"
+#include "space/SpaceFixtures.h"
 #include "support/TestEnvironment.h"
 
 using namespace bv;
@@ -26,20 +25,11 @@ struct Fixture {
     FolderAccess make() const { return FolderAccess(store, home, home + "/Desktop", home + "/Downloads"); }
 };
 
-// Runs `check` in a child that has dropped to the unprivileged "nobody" user, since root
-// reads every folder. Gives the child's answer, or nothing when the drop is impossible.
+// Root reads every folder: readability is asked as "nobody" in a child process. Nothing when
+// the drop is impossible here.
 std::optional<bool> asNobody(const std::function<bool()>& check) {
-    const pid_t pid = ::fork();
-    if (pid < 0) return std::nullopt;
-    if (pid == 0) {
-        if (::setgroups(0, nullptr) != 0 || ::setresgid(65534, 65534, 65534) != 0 || ::setresuid(65534, 65534, 65534) != 0)
-            ::_exit(3);
-        ::_exit(check() ? 1 : 0);
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) return std::nullopt;
-    return WEXITSTATUS(status) == 1;
+    const int rc = bv::test::runAsNobody([&] { return check() ? 1 : 0; });
+    return rc < 0 ? std::nullopt : std::optional(rc == 1);
 }
 
 } // namespace

@@ -16,7 +16,13 @@ namespace fs = std::filesystem;
 namespace {
 
 struct FaultScope {
-    explicit FaultScope(const FileSystemFaults& f) { setFileSystemFaults(f); }
+    FaultScope(int renameError, const std::string& statErrorName, int statError) {
+        FileSystemFaults f;
+        f.renameError = renameError;
+        f.statErrorName = statErrorName;
+        f.statError = statError;
+        setFileSystemFaults(f);
+    }
     ~FaultScope() { setFileSystemFaults({}); }
 };
 
@@ -42,7 +48,7 @@ TEST(UnsafeDrive, NoReplaceRenameRefusedLeavesEverything) {
     writeFile(base + "/report.pdf", "x");
     const std::string info = Trash::homeTrashFolder() + "/info";
     const auto infoBefore = namesIn(info);
-    const FaultScope faults({.renameError = EINVAL});
+    const FaultScope faults(EINVAL, "", 0);
     for (const bool permanent : {false, true}) {
         try {
             if (permanent) {
@@ -71,7 +77,7 @@ TEST(UnsafeDrive, WalkErrorPutsTheItemBack) {
     const std::size_t before = openDescriptors();
     {
         auto item = pin(base + "/cache");
-        const FaultScope faults({.statErrorName = "bad.bin", .statError = EIO});
+        const FaultScope faults(0, "bad.bin", EIO);
         EXPECT_THROW(removePinnedItem(item), FileSystemError);
     }
     EXPECT_EQ(openDescriptors(), before);

@@ -85,4 +85,4 @@ TEST_P(ListingShortcut, WalkCountsEveryEntryReaddirSees) {
 }
 
 INSTANTIATE_TEST_SUITE_P(FileSystems, ListingShortcut, testing::Values("ext4", "xfs", "btrfs", "tmpfs"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const testing::TestParamInfo<const char*>& p) { return std::string(p.param); });
