@@ -297,7 +297,14 @@ void removePinnedItem(PinnedItem& item) {
         if (e == EINVAL) throwNoSafeRename(shown); // the drive can't rename without replacing
         throw FileSystemError(e, "Couldn’t remove “" + shown + "”: " + errnoText(e) + ".");
     }
-    const auto landed = statAt(staging.get(), item.name);
+    std::optional<ItemStat> landed;
+    try {
+        landed = statAt(staging.get(), item.name);
+    } catch (const FileSystemError&) {
+        // Can't tell what landed: it goes back untouched rather than stay hidden here.
+        if (renameNoReplace(staging.get(), item.name, item.parent.get(), item.name) == 0) dropStaging();
+        throw;
+    }
     if (!landed || landed->identity != item.stat.identity) {
         // Someone swapped the entry between our check and the rename: give it back untouched.
         bool back = false;
