@@ -35,7 +35,10 @@ int main(int argc, char** argv) {
         }
         if (const auto* command = bv::cli::findCommand(first))
             return command->run(std::vector<std::string>(args.begin() + 1, args.end()));
-        // Anything else (a brimvale: link, a folder) is for the window.
+        // A mistyped command must not open the window or print the overview as if it were one.
+        if (bv::cli::looksLikeCommandWord(first) && !QFileInfo::exists(QString::fromLocal8Bit(first.c_str())))
+            return bv::cli::unknownCommand(first);
+        // Anything else (a brimvale: link, a folder, an option) is for the window.
     }
     QStringList forwarded;
     for (const auto& a : args) forwarded << QString::fromLocal8Bit(a.c_str());

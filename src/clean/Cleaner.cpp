@@ -120,7 +120,7 @@ Cleaner::Action Cleaner::chooseAction(const CleanupEntry& entry, const std::stri
         const auto artefact = checks ? checks->isArtefactName(lowerText(lastName(path))) : std::nullopt;
         require(artefact.value_or(false));
         require(Law::isInsideRoot(path, resolved, root));
-        require(!Law::isProtectedPath(resolved, home) && !Law::isSystemPath(resolved) && !Law::hasGitComponent(resolved));
+        require(!Law::isProtectedPath(resolved, home) && !Law::hasGitComponent(resolved));
         return byDisposition();
     }
     case CleanupOrigin::folderRule:

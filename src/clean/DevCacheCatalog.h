@@ -64,17 +64,19 @@ public:
     [[nodiscard]] static const Recipe* recipe(std::string_view id);
 
     // ---- The lists the law uses, each in its testing order ----
-    // Home-relative folders off limits as a whole. The 27 names come first; two Linux places
-    // follow that hold the same kind of data as the Library folder does (the XDG data and
-    // state folders, where the Trash and application data live).
+    // Home-relative folders off limits as a whole. The 27 names come first; the Linux places
+    // follow that hold what the Library folder holds elsewhere: ~/.local as a whole, Flatpak
+    // and snap app data, browser and mail profiles, Wine prefixes, certificate and password
+    // stores (~/.config and ~/.gnupg are among the 27).
     [[nodiscard]] static const std::vector<std::string>& protectedNames();
     // The six protected folders duplicate removal may pass through.
     [[nodiscard]] static const std::vector<std::string>& userContentFolders();
-    // The 47 home-relative areas that stay cleanable inside a protected folder.
+    // The 47 home-relative areas that stay cleanable inside a protected folder, then the
+    // folders of catalogue rows that lie inside the Linux app-data places.
     [[nodiscard]] static const std::vector<std::string>& knownCacheAreas();
     // "Projects", "work", "Developer": a rule may clean inside, never be aimed at them.
     [[nodiscard]] static const std::vector<std::string>& projectRoots();
-    // The twelve absolute folders a rule folder may never be.
+    // The absolute folders a rule folder may never be: the twelve, then Linux's own.
     [[nodiscard]] static const std::vector<std::string>& systemRoots();
     // The 16 lower-case words that make a name private.
     [[nodiscard]] static const std::vector<std::string>& privateWords();
@@ -88,11 +90,16 @@ public:
     [[nodiscard]] static std::string standardizedPath(std::string_view path);
     // True only if `path` and `resolvedPath` are both below `root`. An empty root admits nothing.
     [[nodiscard]] static bool isInsideRoot(std::string_view path, std::string_view resolvedPath, std::string_view root);
-    // Below "/System" or "/Applications".
+    // Below the operating system's own folders: "/System", "/Applications", and on Linux /usr,
+    // /etc, /boot, /lib*, /bin, /sbin, /opt, /proc, /sys, /dev, /run (but not the drives under
+    // /run/media), /srv, /root, /var and /snap.
     [[nodiscard]] static bool isSystemPath(std::string_view path);
+    // The system as this user sees it: a system path outside their own home (a home kept under
+    // /var or /root stays theirs), or another user's home under /home.
+    [[nodiscard]] static bool isSystemArea(std::string_view path, std::string_view home);
     // Some component is exactly ".git".
     [[nodiscard]] static bool hasGitComponent(std::string_view path);
-    // Home itself, a system path, a ".git" path, or below a protected name.
+    // Home itself, a system area, a ".git" path, or below a protected name.
     [[nodiscard]] static bool isProtectedPath(std::string_view path, std::string_view home);
     // Below one of the known cache areas.
     [[nodiscard]] static bool isKnownCachePath(std::string_view path, std::string_view home);

@@ -109,8 +109,8 @@ const std::vector<std::string>& DevCacheCatalog::protectedNames() {
         "Desktop", "Documents", "Downloads", "Library", ".ssh", ".aws", ".kube", ".docker", ".config",
         ".cursor", ".vscode", ".codex", ".claude", ".ollama", ".rustup", "flutter", "go/src", "go/bin",
         "Pictures", "Movies", "Music", "Public", "Applications", ".Trash", ".gnupg", ".m2", ".android",
-        // Linux: application data, keyrings and the Trash, and the program's own manifests.
-        ".local/share", ".local/state"};
+        // Linux: where programs keep their per-user data, libraries, keyrings and the Trash.
+        ".local", ".var/app", "snap", ".mozilla", ".thunderbird", ".wine", ".pki", ".password-store"};
     return names;
 }
 
@@ -169,7 +169,20 @@ const std::vector<std::string>& DevCacheCatalog::knownCacheAreas() {
         ".android/cache",
         "flutter/bin/cache",
     };
-    return areas;
+    // Linux: a catalogue row whose folder lies inside one of the app-data places above still
+    // admits its own folder there, the way the Library/Caches rows are admitted under Library.
+    static const std::vector<std::string> withLinuxRows = [] {
+        std::vector<std::string> all = areas;
+        const auto& names = protectedNames();
+        const auto firstLinux = std::find(names.begin(), names.end(), ".local");
+        for (const auto& recipe : recipes())
+            for (auto it = names.begin(); it != names.end(); ++it) {
+                const bool linuxPlace = it >= firstLinux || *it == ".config";
+                if (linuxPlace && isBelow(recipe.relativePath, *it)) all.push_back(recipe.relativePath);
+            }
+        return all;
+    }();
+    return withLinuxRows;
 }
 
 const std::vector<std::string>& DevCacheCatalog::projectRoots() {
@@ -178,9 +191,12 @@ const std::vector<std::string>& DevCacheCatalog::projectRoots() {
 }
 
 const std::vector<std::string>& DevCacheCatalog::systemRoots() {
-    static const std::vector<std::string> roots{"/Users", "/Users/Shared", "/Library", "/private",
-                                                "/System", "/Applications", "/bin", "/sbin",
-                                                "/usr", "/etc", "/var", "/opt"};
+    static const std::vector<std::string> roots{
+        "/Users", "/Users/Shared", "/Library", "/private", "/System", "/Applications", "/bin", "/sbin", "/usr",
+        "/etc", "/var", "/opt",
+        // Linux: the rest of the operating system's tree, and the folder that holds the homes.
+        "/boot", "/lib", "/lib32", "/lib64", "/libx32", "/proc", "/sys", "/dev", "/run", "/srv", "/root", "/snap",
+        "/home"};
     return roots;
 }
 
@@ -230,8 +246,25 @@ bool DevCacheCatalog::isInsideRoot(std::string_view path, std::string_view resol
 }
 
 bool DevCacheCatalog::isSystemPath(std::string_view path) {
+    static constexpr std::string_view kRoots[] = {"/System", "/Applications", "/usr", "/etc", "/boot", "/bin",
+                                                  "/sbin", "/opt", "/proc", "/sys", "/dev", "/run", "/srv",
+                                                  "/root", "/var", "/snap"};
     const std::string p = standardizedPath(path);
-    return isBelow(p, "/System") || isBelow(p, "/Applications");
+    // Drives the desktop mounts for the user live under /run/media; they are not the system's.
+    if (isBelow(p, "/run/media")) return false;
+    // "/lib", "/lib32", "/lib64", "/libx32" and the like.
+    const auto first = componentsOf(p);
+    if (!first.empty() && p.front() == '/' && first.front().starts_with("lib")) return true;
+    return std::any_of(std::begin(kRoots), std::end(kRoots), [&](std::string_view root) { return isBelow(p, root); });
+}
+
+bool DevCacheCatalog::isSystemArea(std::string_view path, std::string_view home) {
+    const std::string p = standardizedPath(path);
+    const std::string h = standardizedPath(home);
+    if (isSystemPath(p)) return !isBelow(p, h);
+    if (!isStrictlyBelow(p, "/home")) return false;
+    const std::string owner = "/home/" + std::string(firstComponentUnder(p, "/home"));
+    return !isBelow(h, owner);
 }
 
 bool DevCacheCatalog::hasGitComponent(std::string_view path) {
@@ -248,7 +281,7 @@ bool DevCacheCatalog::isProtectedPath(std::string_view path, std::string_view ho
     const std::string p = standardizedPath(path);
     const std::string h = standardizedPath(home);
     if (p == h) return true;
-    if (isSystemPath(p) || hasGitComponent(path)) return true;
+    if (isSystemArea(p, h) || hasGitComponent(path)) return true;
     for (const auto& name : protectedNames())
         if (isBelow(p, underHome(h, name))) return true;
     return false;
@@ -282,7 +315,7 @@ bool DevCacheCatalog::canCleanCachePath(std::string_view path, std::string_view 
     const std::string p = standardizedPath(path);
     const std::string h = standardizedPath(home);
     if (!isAbsolute(p) || p == h) return false;
-    if (isSystemPath(p) || hasGitComponent(path)) return false;
+    if (isSystemArea(p, h) || hasGitComponent(path)) return false;
     // A known cache area lifts the protected list, and nothing else.
     if (isProtectedPath(p, h) && !isKnownCachePath(p, h)) return false;
     return catalogAllows(p, h, kept);
@@ -296,7 +329,7 @@ bool DevCacheCatalog::canCleanRulePath(std::string_view path, std::string_view r
     if (!isAbsolute(p) || p == h) return false;
     if (p == folder) return false; // the folder itself is never a target
     if (!isBelow(p, folder)) return false;
-    if (isSystemPath(p) || hasGitComponent(path)) return false;
+    if (isSystemArea(p, h) || hasGitComponent(path)) return false;
     if (isProtectedPath(p, h)) return false;
     for (const auto& name : projectRoots())
         if (p == underHome(h, name)) return false;
@@ -307,7 +340,7 @@ bool DevCacheCatalog::canCleanDuplicatePath(std::string_view path, std::string_v
     const std::string p = standardizedPath(path);
     const std::string h = standardizedPath(home);
     if (!isAbsolute(p) || p == h) return false;
-    if (isSystemPath(p) || hasGitComponent(path)) return false;
+    if (isSystemArea(p, h) || hasGitComponent(path)) return false;
     const auto& content = userContentFolders();
     for (const auto& name : protectedNames()) {
         if (std::find(content.begin(), content.end(), name) != content.end()) continue;

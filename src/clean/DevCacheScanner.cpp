@@ -160,7 +160,7 @@ private:
                 if (child.isLink || child.name.starts_with(".") || containsPrivateWord(child.name)) continue;
                 const std::string path = root + "/" + child.name;
                 const std::string resolved = resolvedPathOf(path);
-                if (resolved == home_ || DevCacheCatalog::isSystemPath(resolved) ||
+                if (resolved == home_ || DevCacheCatalog::isSystemArea(resolved, home_) ||
                     DevCacheCatalog::hasGitComponent(resolved) ||
                     (DevCacheCatalog::isProtectedPath(resolved, home_) &&
                      !DevCacheCatalog::isKnownCachePath(resolved, home_)) ||

@@ -19,6 +19,13 @@ struct CliCommand {
 [[nodiscard]] const CliCommand* findCommand(const std::string& name);
 int printHelp();
 
+// A first word that is meant as a command (not an option, a brimvale: link or a path).
+[[nodiscard]] bool looksLikeCommandWord(const std::string& word);
+// The command (or "help") within three edits of `word`, closest first; nullptr when none is.
+[[nodiscard]] const char* nearestCommand(const std::string& word);
+// Says the word is not a command, suggests the nearest, and returns 2.
+int unknownCommand(const std::string& word);
+
 // Shared by commands: prints "usage: brimvale <usage>" to stderr and returns 2.
 int usageError(const CliCommand& command, const std::string& problem = {});
 

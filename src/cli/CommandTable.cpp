@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cstdio>
+#include <numeric>
 
 #include "cli/CliCommand.h"
 
@@ -26,6 +28,50 @@ const CliCommand* findCommand(const std::string& name) {
     for (const auto& c : commands())
         if (name == c.name) return &c;
     return nullptr;
+}
+
+namespace {
+
+// Edits (insert, delete, replace one letter) between two words.
+std::size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+} // namespace
+
+bool looksLikeCommandWord(const std::string& word) {
+    // Options, brimvale: links and paths go to the window; a bare word is meant as a command.
+    return !word.empty() && word.front() != '-' && word.find_first_of(":/.") == std::string::npos;
+}
+
+const char* nearestCommand(const std::string& word) {
+    const char* best = nullptr;
+    std::size_t bestDistance = 4; // further than three edits is a different word, not a typo
+    for (const auto& c : commands())
+        if (const auto d = editDistance(word, c.name); d < bestDistance) {
+            best = c.name;
+            bestDistance = d;
+        }
+    if (editDistance(word, "help") < bestDistance) best = "help";
+    return best;
+}
+
+int unknownCommand(const std::string& word) {
+    std::fprintf(stderr, "brimvale: unknown command \u201c%s\u201d.", word.c_str());
+    if (const char* near = nearestCommand(word)) std::fprintf(stderr, " Did you mean \u201c%s\u201d?", near);
+    std::fprintf(stderr, "\nRun \u201cbrimvale help\u201d to see the commands.\n");
+    return 2;
 }
 
 int printHelp() {

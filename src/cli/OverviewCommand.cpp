@@ -56,8 +56,7 @@ int runOverview(const std::vector<std::string>& args) {
     QTimer::singleShot(30000, &loop, &QEventLoop::quit);
     model.refresh();
     if (model.isRefreshing()) loop.exec();
-    // The terminal never ends the window's session: "since your last visit" stays the
-    // window's, so nothing is noted here.
+    // The terminal never ends the window's session: "since your last visit" stays the window's.
     // What Smart Clean would give back, and the survey that follows the scan, as the window
     // would show them once its first look is done.
     SmartCleanModel& smart = *model.smartClean();

@@ -12,12 +12,16 @@ struct SecurityBookmark {
     struct Resolved {
         std::string url;                      // the folder's path
         std::optional<std::string> refreshed; // new bytes when the old ones were stale; never on Linux
+        // The folder is there but this user can't read it (or can't reach it through a folder
+        // above): the caller asks for access again rather than treating the folder as gone.
+        bool needsAccess = false;
         bool operator==(const Resolved&) const = default;
     };
 
     // Nothing when the bytes are not an absolute path (empty, relative, holding a NUL) or when
-    // nothing exists at that path any more: the bookmark no longer resolves. A path that
-    // exists but can't be read still resolves; readability is a separate question.
+    // nothing exists at that path any more: the folder moved or is missing, and what depends
+    // on it turns off. A path that exists but can't be read or reached resolves with
+    // `needsAccess` set.
     [[nodiscard]] static std::optional<Resolved> resolve(std::string_view bytes);
 
     // The bytes for a folder; nothing for a path that isn't absolute.

@@ -8,4 +8,8 @@ namespace bv {
 // rest of the code keeps its own words. Phrases not in the table pass through unchanged.
 [[nodiscard]] std::string platformWording(const std::string& text);
 
+// The refusal for a drive that can't rename an item without the risk of replacing another
+// (NFS, sshfs, some FUSE drives), naming the drive when its name is known.
+[[nodiscard]] std::string noSafeMoveWording(const std::string& driveName);
+
 } // namespace bv

@@ -97,7 +97,24 @@ void removePinnedItem(PinnedItem& item);
 // not crossing into other file systems. Unreadable parts count as nothing.
 [[nodiscard]] std::int64_t allocatedSizeAt(int dirFd, const std::string& name);
 
-// Renames with RENAME_NOREPLACE; returns 0 or the errno value.
+// Renames with RENAME_NOREPLACE; returns 0 or the errno value. EINVAL means the file system
+// can't rename without the risk of replacing (NFS, sshfs, some FUSE drives): callers refuse
+// with throwNoSafeRename and never fall back to a plain rename.
 [[nodiscard]] int renameNoReplace(int fromDir, const std::string& fromName, int toDir, const std::string& toName);
+
+// Throws FileSystemError(EINVAL) with the sentence that names the drive holding `path` and
+// says nothing was moved.
+[[noreturn]] void throwNoSafeRename(const std::string& path);
+
+// Faults for tests, where a file system that shows them (FUSE, NFS, a failing disk) can't
+// run: every renameNoReplace fails with `renameError`, and statAt of an entry named
+// `statErrorName` fails with `statError`. Zero turns a fault off. Process-wide; set it
+// while no other thread works on files.
+struct FileSystemFaults {
+    int renameError = 0;
+    std::string statErrorName;
+    int statError = 0;
+};
+void setFileSystemFaults(const FileSystemFaults& faults);
 
 } // namespace bv

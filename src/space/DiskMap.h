@@ -38,7 +38,7 @@ struct DiskMapCounts {
     std::int64_t bytes = 0;
     std::int64_t folders = 0;
     std::int64_t unreadable = 0;
-    std::string current; // the folder read last
+    std::string current; // the file counted last (its folder when it held no file)
 };
 using DiskMapProgress = ProgressHolder<DiskMapCounts>;
 

@@ -46,19 +46,23 @@ public:
     }
 
     void folderDone(std::int64_t slot, const std::string& path, std::int64_t b, std::int64_t f,
-                    std::int64_t subfolders) override {
+                    std::int64_t subfolders, std::string_view lastFile) override {
         Node* node = reinterpret_cast<Node*>(static_cast<std::intptr_t>(slot));
         node->bytes.fetch_add(b, std::memory_order_relaxed);
         node->files.fetch_add(f, std::memory_order_relaxed);
         files_.fetch_add(f, std::memory_order_relaxed);
         bytes_.fetch_add(b, std::memory_order_relaxed);
         folders_.fetch_add(subfolders, std::memory_order_relaxed);
-        if (done_.fetch_add(1, std::memory_order_relaxed) % 32 == 0) publish(&path);
+        if (done_.fetch_add(1, std::memory_order_relaxed) % 32 == 0) {
+            // The progress names a file, not only its folder, so a long folder shows movement.
+            const std::string current = lastFile.empty() ? path : path + (path == "/" ? "" : "/") + std::string(lastFile);
+            publish(&current);
+        }
     }
 
     void folderUnreadable(const std::string&) override { unreadable_.fetch_add(1, std::memory_order_relaxed); }
 
-    // Brings the shared progress up to the counters; `current` names the folder just read.
+    // Brings the shared progress up to the counters; `current` names the file just counted.
     void publish(const std::string* current) {
         progress_.update([&](DiskMapCounts& c) {
             c.files = files_.load(std::memory_order_relaxed);
@@ -168,10 +172,9 @@ DiskMapNode DiskMapScanner::buildTree(const std::vector<FolderTally>& tally, con
         node.bytes = tally[i].bytes;
         node.fileCount = tally[i].files;
         auto& list = children[i];
-        std::sort(list.begin(), list.end(), [&](std::size_t a, std::size_t b) {
-            if (tally[a].bytes != tally[b].bytes) return tally[a].bytes > tally[b].bytes;
-            return tally[a].path < tally[b].path;
-        });
+        // Largest first; folders of equal size keep the order the walk merged them in.
+        std::stable_sort(list.begin(), list.end(),
+                         [&](std::size_t a, std::size_t b) { return tally[a].bytes > tally[b].bytes; });
         node.children.reserve(list.size());
         for (std::size_t c : list) node.children.push_back(make(c));
         return node;
@@ -182,6 +185,8 @@ DiskMapNode DiskMapScanner::buildTree(const std::vector<FolderTally>& tally, con
 DiskMap DiskMapScanner::scan(const std::string& root, DiskMapProgress& progress,
                              const std::function<bool()>& shouldStop, const Options& options) {
     DiskMap map;
+    // The map shows the disk as it was when the walk began, so the date is taken now.
+    map.scannedAt = options.now ? *options.now : Clock::now();
     map.rootPath = realPath(root);
     const std::string name = displayName(map.rootPath, options.homePath, options.rootFileSystemName);
 
@@ -195,7 +200,6 @@ DiskMap DiskMapScanner::scan(const std::string& root, DiskMapProgress& progress,
     MapVisitor visitor(map.rootPath, progress);
     const auto outcome = ParallelWalk::run(map.rootPath, visitor.rootSlot(), visitor, walk);
     visitor.publish(nullptr);
-    map.scannedAt = options.now ? *options.now : Clock::now();
     map.unreadableCount = visitor.unreadable();
     if (!outcome.rootOpened) {
         map.root.path = map.rootPath;

@@ -16,7 +16,8 @@ public:
 
     std::int64_t enterFolder(std::int64_t, const std::string&, int) override { return 0; }
 
-    void folderDone(std::int64_t, const std::string&, std::int64_t b, std::int64_t f, std::int64_t subfolders) override {
+    void folderDone(std::int64_t, const std::string&, std::int64_t b, std::int64_t f, std::int64_t subfolders,
+                    std::string_view) override {
         bytes.fetch_add(b, std::memory_order_relaxed);
         files.fetch_add(f, std::memory_order_relaxed);
         folders.fetch_add(subfolders, std::memory_order_relaxed);
@@ -43,7 +44,8 @@ public:
 
     std::int64_t enterFolder(std::int64_t parentSlot, const std::string&, int) override { return parentSlot; }
 
-    void folderDone(std::int64_t slot, const std::string&, std::int64_t b, std::int64_t f, std::int64_t subfolders) override {
+    void folderDone(std::int64_t slot, const std::string&, std::int64_t b, std::int64_t f, std::int64_t subfolders,
+                    std::string_view) override {
         Sums& s = sums_[static_cast<std::size_t>(slot)];
         s.bytes.fetch_add(b, std::memory_order_relaxed);
         s.files.fetch_add(f, std::memory_order_relaxed);

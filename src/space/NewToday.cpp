@@ -69,7 +69,15 @@ std::string kindDescription(const std::string& name, bool isDirectory) {
     return upper + " file";
 }
 
-std::vector<ScannedFile> scanFolder(const std::string& folder) {
+std::optional<TimePoint> addedDate(std::optional<TimePoint> birth, TimePoint statusChange, TimePoint modified) {
+    const bool arrival = modified < statusChange;
+    if (birth && arrival) return std::max(*birth, statusChange);
+    if (birth) return birth;
+    if (arrival) return statusChange;
+    return std::nullopt;
+}
+
+std::vector<ScannedFile> scanFolder(const std::string& folder, std::optional<TimePoint> addedSince) {
     std::vector<ScannedFile> out;
     const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return out;
@@ -83,9 +91,18 @@ std::vector<ScannedFile> scanFolder(const std::string& folder) {
         if (name.empty() || name[0] == '.') continue;
         struct statx sx{};
         if (::statx(::dirfd(dir), name.c_str(), AT_SYMLINK_NOFOLLOW,
-                    STATX_TYPE | STATX_SIZE | STATX_BLOCKS | STATX_CTIME | STATX_BTIME, &sx) != 0)
+                    STATX_TYPE | STATX_SIZE | STATX_BLOCKS | STATX_CTIME | STATX_MTIME | STATX_BTIME, &sx) != 0)
             continue;
+        const auto time = [](const statx_timestamp& t) {
+            return TimePoint(std::chrono::duration_cast<TimePoint::duration>(std::chrono::seconds(t.tv_sec) +
+                                                                            std::chrono::nanoseconds(t.tv_nsec)));
+        };
+        const auto birth = (sx.stx_mask & STATX_BTIME) ? std::optional(time(sx.stx_btime)) : std::nullopt;
+        const auto added = addedDate(birth, time(sx.stx_ctime), time(sx.stx_mtime));
+        // Measuring a folder is the costly part: an entry that is not wanted is never measured.
+        if (addedSince && (!added || *added < *addedSince)) continue;
         ScannedFile f;
+        f.added = added;
         f.name = name;
         f.path = folder + (folder.ends_with('/') ? "" : "/") + name;
         const bool isDir = S_ISDIR(sx.stx_mode);
@@ -97,11 +114,6 @@ std::vector<ScannedFile> scanFolder(const std::string& folder) {
             f.size = (sx.stx_mask & STATX_BLOCKS) && sx.stx_blocks > 0 ? static_cast<std::int64_t>(sx.stx_blocks) * 512
                                                                        : static_cast<std::int64_t>(sx.stx_size);
         }
-        // The status-change time is when the entry arrived here (a rename sets it).
-        if (sx.stx_mask & STATX_CTIME)
-            f.added = TimePoint(std::chrono::seconds(sx.stx_ctime.tv_sec));
-        else if (sx.stx_mask & STATX_BTIME)
-            f.added = TimePoint(std::chrono::seconds(sx.stx_btime.tv_sec));
         f.kind = kindDescription(name, isDir);
         out.push_back(std::move(f));
     }
@@ -113,8 +125,7 @@ std::vector<TrackedFile> newToday(const std::string& folder, WatchedLocation loc
                                   const CalendarContext& calendar) {
     const TimePoint start = calendar.startOfDay(now);
     std::vector<TrackedFile> out;
-    for (auto& f : scanFolder(folder)) {
-        if (!f.added || *f.added < start) continue;
+    for (auto& f : scanFolder(folder, start)) {
         out.push_back({f.path, f.name, f.size, f.kind, *f.added, location});
     }
     std::stable_sort(out.begin(), out.end(), [](const TrackedFile& a, const TrackedFile& b) { return a.added > b.added; });

@@ -238,6 +238,7 @@ private:
                     std::vector<char>& buffer, std::uint64_t& entries) {
         std::int64_t bytes = 0, files = 0;
         bool failed = false;
+        std::string lastFile; // copied once per listing call, not once per file
         const int fd = handle->fd;
         const std::uint64_t every = static_cast<std::uint64_t>(std::max(1, options_.checkEvery));
         const std::size_t firstFound = found.size();
@@ -250,6 +251,7 @@ private:
                 continue;
             }
             const bool last = shortReadEndsListing_ && static_cast<std::size_t>(n) + 2048 < buffer.size();
+            const char* lastInBuffer = nullptr;
             for (ssize_t pos = 0; pos < n;) {
                 const auto* de = reinterpret_cast<const dirent64*>(buffer.data() + pos);
                 pos += de->d_reclen;
@@ -284,15 +286,18 @@ private:
                 }
                 if (!haveStat) continue;
                 ++files;
+                lastInBuffer = name;
                 bytes += ParallelWalk::countedSize((sx.stx_mask & STATX_BLOCKS) != 0,
                                                    static_cast<std::int64_t>(sx.stx_blocks),
                                                    static_cast<std::int64_t>(sx.stx_size));
             }
+            if (lastInBuffer) lastFile = lastInBuffer;
             if (last) break;
         }
     done:
         if (failed) visitor_.folderUnreadable(item.path);
-        visitor_.folderDone(item.slot, item.path, bytes, files, static_cast<std::int64_t>(found.size() - firstFound));
+        visitor_.folderDone(item.slot, item.path, bytes, files, static_cast<std::int64_t>(found.size() - firstFound),
+                            lastFile);
     }
 
     ParallelWalk::Visitor& visitor_;

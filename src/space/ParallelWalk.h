@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -39,9 +40,10 @@ public:
         virtual ~Visitor() = default;
         // A subfolder about to be queued: the slot its files will be reported under.
         virtual std::int64_t enterFolder(std::int64_t parentSlot, const std::string& path, int depth) = 0;
-        // A folder fully listed: its direct files and their size, and how many subfolders it queued.
+        // A folder fully listed: its direct files and their size, how many subfolders it queued,
+        // and the name of the last file it counted (empty when none), for progress texts.
         virtual void folderDone(std::int64_t slot, const std::string& path, std::int64_t bytes, std::int64_t files,
-                                std::int64_t subfolders) = 0;
+                                std::int64_t subfolders, std::string_view lastFile) = 0;
         // A folder (or the root) that could not be opened or listed to the end.
         virtual void folderUnreadable(const std::string& path) = 0;
     };

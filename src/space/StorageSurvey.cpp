@@ -187,13 +187,9 @@ std::vector<StorageSegment> StorageSurvey::topFolders(const Sizes& sizes) {
                                     {"desktop", "Desktop", sizes.desktop}};
     all.insert(all.end(), sizes.extras.begin(), sizes.extras.end());
     all.push_back({"apps", "Apps", sizes.apps});
-    std::vector<StorageSegment> out;
-    for (auto& s : all) {
-        if (s.bytes <= 0) continue;
-        out.push_back(std::move(s));
-        if (out.size() == 5) break;
-    }
-    return out;
+    // The first five, whatever their size: an empty Downloads is still a place worth naming.
+    if (all.size() > 5) all.resize(5);
+    return all;
 }
 
 std::vector<CoveragePlace> StorageSurvey::coveragePlaces(const std::string& trash) {

@@ -4,6 +4,7 @@
 #include "clean/CleanupManifest.h"
 #include "clean/CleanupNotice.h"
 #include "foundation/FileIO.h"
+#include "clean/DevCacheCatalog.h"
 #include "platform/PlatformWording.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
@@ -113,6 +114,9 @@ TEST(CleanupNotice, FirstTrashNoticeOnceAndInThisDesktopsWords) {
     // The wording table only changes what it lists.
     EXPECT_EQ(platformWording("Drag it to the Dock."), "Drag it to your file manager.");
     EXPECT_EQ(platformWording("Nothing to change here."), "Nothing to change here.");
+    EXPECT_TRUE(platformWording(DevCacheCatalog::kUnsafeRuleFolderPicked)
+                    .ends_with("Music, and app data such as ~/.local and ~/.config can\u2019t be cleaned automatically."));
+    EXPECT_EQ(noSafeMoveWording("NAS"), "The drive \u201cNAS\u201d can\u2019t move items safely, so nothing was moved.");
 }
 
 TEST(CleanupNotice, DeferredNoticeWaitsForTheSheet) {

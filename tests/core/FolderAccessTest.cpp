@@ -2,14 +2,13 @@
 
 #include <filesystem>
 #include <functional>
-#include <grp.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "core/FolderAccess.h"
 #include "core/SecurityBookmark.h"
 #include "foundation/FileIO.h"
+#include "space/SpaceFixtures.h"
 #include "support/TestEnvironment.h"
 
 using namespace bv;
@@ -26,20 +25,11 @@ struct Fixture {
     FolderAccess make() const { return FolderAccess(store, home, home + "/Desktop", home + "/Downloads"); }
 };
 
-// Runs `check` in a child that has dropped to the unprivileged "nobody" user, since root
-// reads every folder. Gives the child's answer, or nothing when the drop is impossible.
+// Root reads every folder: readability is asked as "nobody" in a child process. Nothing when
+// the drop is impossible here.
 std::optional<bool> asNobody(const std::function<bool()>& check) {
-    const pid_t pid = ::fork();
-    if (pid < 0) return std::nullopt;
-    if (pid == 0) {
-        if (::setgroups(0, nullptr) != 0 || ::setresgid(65534, 65534, 65534) != 0 || ::setresuid(65534, 65534, 65534) != 0)
-            ::_exit(3);
-        ::_exit(check() ? 1 : 0);
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) return std::nullopt;
-    return WEXITSTATUS(status) == 1;
+    const int rc = bv::test::runAsNobody([&] { return check() ? 1 : 0; });
+    return rc < 0 ? std::nullopt : std::optional(rc == 1);
 }
 
 } // namespace
@@ -163,14 +153,24 @@ TEST(FolderAccess, UnreadableFolderAsAnUnprivilegedUser) {
     ::chmod(bv::test::TestEnvironment::root().c_str(), 0711);
     ::chmod(base.c_str(), 0755);
     makeDir(base + "/open");
-    makeDir(base + "/closed");
+    makeDir(base + "/closed/inner");
     ::chmod((base + "/open").c_str(), 0755);
     ::chmod((base + "/closed").c_str(), 0700);
 
     const auto open = asNobody([&] { return FolderAccess::isReadableFolder(base + "/open"); });
     const auto closed = asNobody([&] { return FolderAccess::isReadableFolder(base + "/closed"); });
+    // A bookmark tells a folder that is gone (rules turn off) from one that needs access
+    // (ask again): the locked folder, and one hidden behind it, need access; a missing one is gone.
+    const auto bookmarks = asNobody([&] {
+        const auto resolved = [](const std::string& p) { return SecurityBookmark::resolve(p); };
+        const auto openOne = resolved(base + "/open"), closedOne = resolved(base + "/closed"),
+                   behind = resolved(base + "/closed/inner");
+        return openOne && !openOne->needsAccess && closedOne && closedOne->needsAccess && behind &&
+               behind->needsAccess && !resolved(base + "/gone");
+    });
     ::chmod(bv::test::TestEnvironment::root().c_str(), 0700);
-    if (!open || !closed) GTEST_SKIP() << "cannot drop to an unprivileged user here";
+    if (!open || !closed || !bookmarks) GTEST_SKIP() << "cannot drop to an unprivileged user here";
     EXPECT_TRUE(*open) << "the control folder must be readable as nobody";
     EXPECT_FALSE(*closed);
+    EXPECT_TRUE(*bookmarks);
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include <ftw.h>
+#include <grp.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -50,7 +51,9 @@ inline void buildMixedTree(const std::string& root, int width = 6, int depth = 4
 inline int runAsNobody(const std::function<int()>& body) {
     const pid_t pid = ::fork();
     if (pid == 0) {
-        if (::setresgid(65534, 65534, 65534) != 0 || ::setresuid(65534, 65534, 65534) != 0) ::_exit(200);
+        if (::setgroups(0, nullptr) != 0 || ::setresgid(65534, 65534, 65534) != 0 ||
+            ::setresuid(65534, 65534, 65534) != 0)
+            ::_exit(200);
         ::_exit(body());
     }
     int status = 0;

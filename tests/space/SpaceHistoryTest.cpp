@@ -8,6 +8,9 @@
 #include "support/TestEnvironment.h"
 
 #include <sys/stat.h>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 #include <utime.h>
 
 using namespace bv;
@@ -89,22 +92,50 @@ TEST(SpaceHistory, DeltaSentencesSayWhatTheyCompareWith) {
     EXPECT_EQ(lastOpenDelta(at(now, 10), at(now - std::chrono::hours(1), 50)).bytes, -40);
 }
 
+// What counts as an arrival, for the cases a real disk can't be made to show: a birth time
+// from last month can't be set, so those rows are given as times.
+TEST(NewToday, AddedDateIsBirthOrAnArrival) {
+    const TimePoint today = berlin.date(2026, 11, 20, 9, 0), lastMonth = berlin.date(2026, 10, 20, 9, 0);
+    struct Row {
+        const char* label;
+        std::optional<TimePoint> birth;
+        TimePoint changed, modified;
+        std::optional<TimePoint> added;
+    };
+    const Row rows[] = {
+        {"downloaded today", today, today, today, today},
+        {"moved in today, made last month", lastMonth, today, lastMonth, today},
+        {"created last month, edited today", lastMonth, today, today, lastMonth},
+        {"folder whose contents changed today", lastMonth, today, today, lastMonth},
+        {"no birth time, moved in today", std::nullopt, today, lastMonth, today},
+        {"no birth time, written today", std::nullopt, today, today, std::nullopt},
+    };
+    for (const auto& r : rows) EXPECT_EQ(addedDate(r.birth, r.changed, r.modified), r.added) << r.label;
+}
+
+// Real files: downloads, a file renamed in from elsewhere with an old modification time, an
+// app bundle and a folder, listed newest first; hidden names never.
 TEST(NewToday, ListsTodaysArrivalsNewestFirst) {
     const std::string dir = test::TestEnvironment::freshFolder("Downloads");
-    test::writeFile(dir + "/report final.pdf", std::string(10000, 'a'));
-    test::writeFile(dir + "/.hidden", "x");
-    test::writeFile(dir + "/Проект/notes.txt", std::string(5000, 'b'));
-    test::writeFile(dir + "/Tool.app/Contents/binary", std::string(9000, 'c'));
-    const auto files = scanFolder(dir);
-    ASSERT_EQ(files.size(), 3u);
-    for (const auto& f : files) {
-        EXPECT_NE(f.name, ".hidden");
-        EXPECT_TRUE(f.added);
-        EXPECT_GT(f.size, 0);
+    const std::string elsewhere = test::TestEnvironment::freshFolder("elsewhere");
+    test::writeFile(elsewhere + "/old scan.pdf", "scan");
+    const auto pause = [] { ::usleep(20'000); };
+    for (const char* name : {"report final.pdf", "Проект/notes.txt", "Tool.app/Contents/binary", ".hidden"}) {
+        test::writeFile(dir + "/" + name, std::string(5000, 'a'));
+        pause();
     }
+    const timespec lastYear[2] = {{1700000000, 0}, {1700000000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, (elsewhere + "/old scan.pdf").c_str(), lastYear, 0), 0);
+    ASSERT_EQ(::rename((elsewhere + "/old scan.pdf").c_str(), (dir + "/old scan.pdf").c_str()), 0);
+
     const TimePoint now = Clock::now();
     const auto today = newToday(dir, WatchedLocation::downloads, now, berlin);
-    EXPECT_EQ(today.size(), 3u);
+    std::vector<std::string> names;
+    for (const auto& f : today) {
+        names.push_back(f.name);
+        EXPECT_GT(f.size, 0) << f.name;
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"old scan.pdf", "Tool.app", "Проект", "report final.pdf"}));
     // Ten minutes past tomorrow's midnight nothing from today counts any more.
     const TimePoint tomorrow = berlin.addingDays(berlin.startOfDay(now), 1) + std::chrono::minutes(10);
     EXPECT_TRUE(newToday(dir, WatchedLocation::downloads, tomorrow, berlin).empty());

@@ -40,21 +40,33 @@ CommandResult runCommand(const std::string& command, const std::string& input) {
 
 bool haveCommand(const std::string& name) { return runCommand("command -v " + name).status == 0; }
 
-LoopFileSystem::LoopFileSystem() {
+LoopFileSystem::LoopFileSystem(const std::string& type, int megabytes) {
     if (::geteuid() != 0) {
-        whyNot = "making a loop file system needs root";
+        whyNot = "mounting a file system needs root";
         return;
     }
-    if (!haveCommand("mkfs.ext4")) {
-        whyNot = "mkfs.ext4 is not installed";
-        return;
-    }
-    const std::string dir = TestEnvironment::freshFolder("loopfs");
-    image_ = dir + "/image.ext4";
+    const std::string dir = TestEnvironment::freshFolder("loopfs-" + type);
     const std::string mnt = dir + "/mnt";
     makeDir(mnt);
-    if (runCommand("truncate -s 24M " + shellQuote(image_) + " && mkfs.ext4 -q -F " + shellQuote(image_)).status != 0) {
-        whyNot = "mkfs.ext4 failed";
+    const std::string size = std::to_string(megabytes) + "M";
+    if (type == "tmpfs") {
+        if (runCommand("mount -t tmpfs -o size=" + size + " tmpfs " + shellQuote(mnt)).status != 0) {
+            whyNot = "mounting a tmpfs is not allowed here";
+            return;
+        }
+        mountPoint = mnt;
+        return;
+    }
+    if (!haveCommand("mkfs." + type)) {
+        whyNot = "mkfs." + type + " is not installed";
+        return;
+    }
+    image_ = dir + "/image." + type;
+    // Whole 4 KiB blocks on ext4: a small image would get 1 KiB ones, whose folder index fills
+    // up long before 40,000 long names.
+    const std::string quiet = type == "ext4" ? " -q -F -b 4096 " : " -q -f ";
+    if (runCommand("truncate -s " + size + " " + shellQuote(image_) + " && mkfs." + type + quiet + shellQuote(image_)).status != 0) {
+        whyNot = "mkfs." + type + " failed";
         return;
     }
     if (runCommand("mount -o loop " + shellQuote(image_) + " " + shellQuote(mnt)).status != 0) {

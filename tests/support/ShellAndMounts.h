@@ -15,12 +15,12 @@ CommandResult runCommand(const std::string& command, const std::string& input = 
 std::string shellQuote(const std::string& bytes);
 bool haveCommand(const std::string& name);
 
-// A small ext4 image mounted under the test folder, for items on another file system.
-// `mountPoint` is empty when it can't be made here (not root, no loop devices); the
-// reason is then in `whyNot`.
+// A small file system mounted under the test folder: an image made by mkfs.<type> on a loop
+// device, or a tmpfs. `mountPoint` is empty when it can't be made here (not root, no loop
+// devices, no mkfs for the type); the reason is then in `whyNot`.
 class LoopFileSystem {
 public:
-    LoopFileSystem();
+    explicit LoopFileSystem(const std::string& type = "ext4", int megabytes = 24);
     ~LoopFileSystem();
     LoopFileSystem(const LoopFileSystem&) = delete;
     LoopFileSystem& operator=(const LoopFileSystem&) = delete;

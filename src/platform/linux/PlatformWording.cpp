@@ -29,10 +29,21 @@ std::string platformWording(const std::string& text) {
         {"~/Library/Logs/Brimvale", logsFolderForPeople()},
         {"the Dock", "your file manager"},
         {"other APFS volumes", "other volumes"},
+        // The rule-folder refusal names Linux's app-data places where it names the Library.
+        {"Music, and Library can\u2019t", "Music, and app data such as ~/.local and ~/.config can\u2019t"},
     };
     std::string out = text;
     for (const auto& [from, to] : table) replaceAll(out, from, to);
     return out;
+}
+
+} // namespace bv
+
+namespace bv {
+
+std::string noSafeMoveWording(const std::string& driveName) {
+    const std::string drive = driveName.empty() ? "This drive" : "The drive \u201c" + driveName + "\u201d";
+    return drive + " can\u2019t move items safely, so nothing was moved.";
 }
 
 } // namespace bv

@@ -1,5 +1,7 @@
 #include "platform/SafeFileSystem.h"
 
+#include "platform/MountTable.h"
+#include "platform/PlatformWording.h"
 #include "platform/Trash.h"
 
 #include <cerrno>
@@ -14,10 +16,15 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <vector>
 
 namespace bv {
 namespace {
+
+// Faults a test asked for; read on every call, so kept cheap while none is set.
+std::atomic<bool> faultsSet{false};
+FileSystemFaults faults;
 
 std::string errnoText(int code) { return std::strerror(code); }
 
@@ -100,22 +107,22 @@ std::string randomSuffix() {
 int emptyFolder(int dirFd, std::uint64_t device, int depth);
 
 int removeEntryAt(int dirFd, const std::string& name, std::uint64_t device, int depth) {
-    const auto st = statAt(dirFd, name);
+    std::optional<ItemStat> st;
+    try {
+        st = statAt(dirFd, name);
+    } catch (const FileSystemError& e) {
+        return e.code() ? e.code() : EIO;
+    }
     if (!st) return 0;
     if (st->identity.device != device) return EXDEV; // a mount point: never descend, never remove
     if (!st->isDirectory()) return ::unlinkat(dirFd, name.c_str(), 0) == 0 ? 0 : errno;
     if (depth > 4096) return ELOOP;
-    const int child = ::openat(dirFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (child < 0) return errno;
+    const UniqueFd child(::openat(dirFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!child.valid()) return errno;
     // The folder we opened must be the one we looked at, not something swapped in.
     struct stat cs{};
-    if (::fstat(child, &cs) != 0 || cs.st_ino != st->identity.inode || cs.st_dev != device) {
-        ::close(child);
-        return ESTALE;
-    }
-    const int inner = emptyFolder(child, device, depth + 1);
-    ::close(child);
-    if (inner != 0) return inner;
+    if (::fstat(child.get(), &cs) != 0 || cs.st_ino != st->identity.inode || cs.st_dev != device) return ESTALE;
+    if (const int inner = emptyFolder(child.get(), device, depth + 1); inner != 0) return inner;
     return ::unlinkat(dirFd, name.c_str(), AT_REMOVEDIR) == 0 ? 0 : errno;
 }
 
@@ -163,11 +170,8 @@ std::int64_t sizeBelow(int dirFd, std::uint64_t device, int depth) {
         if (!st || st->identity.device != device) continue;
         total += st->allocatedBytes;
         if (st->isDirectory()) {
-            const int child = ::openat(dirFd, d->d_name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            if (child >= 0) {
-                total += sizeBelow(child, device, depth + 1);
-                ::close(child);
-            }
+            const UniqueFd child(::openat(dirFd, d->d_name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+            if (child.valid()) total += sizeBelow(child.get(), device, depth + 1);
         }
     }
     ::closedir(dir);
@@ -201,6 +205,10 @@ PathParts splitPath(const std::string& absolutePath) {
 }
 
 std::optional<ItemStat> statAt(int dirFd, const std::string& name) {
+    if (faultsSet.load(std::memory_order_acquire) && faults.statError != 0 && name == faults.statErrorName) {
+        errno = faults.statError;
+        throw FileSystemError(errno, "Couldn’t read “" + name + "”: " + errnoText(errno) + ".");
+    }
     struct statx sx{};
     if (::statx(dirFd, name.c_str(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
                 STATX_TYPE | STATX_MODE | STATX_INO | STATX_SIZE | STATX_BLOCKS | STATX_MTIME | STATX_UID, &sx) != 0) {
@@ -246,7 +254,19 @@ PinnedItem pinItem(const std::string& absolutePath, const FileIdentity& expected
     return item;
 }
 
+void setFileSystemFaults(const FileSystemFaults& wanted) {
+    faults = wanted;
+    faultsSet.store(wanted.renameError != 0 || wanted.statError != 0, std::memory_order_release);
+}
+
+[[noreturn]] void throwNoSafeRename(const std::string& path) {
+    const auto mount = MountTable::containing(MountTable::read(), path);
+    const std::string drive = mount ? MountTable::displayName(*mount) : std::string();
+    throw FileSystemError(EINVAL, noSafeMoveWording(drive));
+}
+
 int renameNoReplace(int fromDir, const std::string& fromName, int toDir, const std::string& toName) {
+    if (faultsSet.load(std::memory_order_acquire) && faults.renameError != 0) return faults.renameError;
     return ::renameat2(fromDir, fromName.c_str(), toDir, toName.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
 }
 
@@ -274,9 +294,17 @@ void removePinnedItem(PinnedItem& item) {
     if (const int e = renameNoReplace(item.parent.get(), item.name, staging.get(), item.name); e != 0) {
         dropStaging();
         if (e == ENOENT) throw ItemChangedError(ItemChangedError::Kind::missing, "“" + shown + "” is gone.");
+        if (e == EINVAL) throwNoSafeRename(shown); // the drive can't rename without replacing
         throw FileSystemError(e, "Couldn’t remove “" + shown + "”: " + errnoText(e) + ".");
     }
-    const auto landed = statAt(staging.get(), item.name);
+    std::optional<ItemStat> landed;
+    try {
+        landed = statAt(staging.get(), item.name);
+    } catch (const FileSystemError&) {
+        // Can't tell what landed: it goes back untouched rather than stay hidden here.
+        if (renameNoReplace(staging.get(), item.name, item.parent.get(), item.name) == 0) dropStaging();
+        throw;
+    }
     if (!landed || landed->identity != item.stat.identity) {
         // Someone swapped the entry between our check and the rename: give it back untouched.
         bool back = false;
@@ -297,7 +325,12 @@ void removePinnedItem(PinnedItem& item) {
         if (back) dropStaging();
         throw ItemChangedError(ItemChangedError::Kind::replaced, "“" + shown + "” was replaced by another item.");
     }
-    const int e = removeEntryAt(staging.get(), item.name, item.stat.identity.device, 0);
+    int e = 0;
+    try {
+        e = removeEntryAt(staging.get(), item.name, item.stat.identity.device, 0);
+    } catch (const std::exception&) {
+        e = EIO; // whatever the walk met, the item must not stay hidden in the staging folder
+    }
     if (e != 0) {
         // What could not go returns under its own name when that is still free.
         if (renameNoReplace(staging.get(), item.name, item.parent.get(), item.name) == 0) dropStaging();
@@ -317,11 +350,8 @@ std::int64_t allocatedSizeAt(int dirFd, const std::string& name) {
     if (!st) return 0;
     std::int64_t total = st->allocatedBytes;
     if (st->isDirectory()) {
-        const int child = ::openat(dirFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-        if (child >= 0) {
-            total += sizeBelow(child, st->identity.device, 1);
-            ::close(child);
-        }
+        const UniqueFd child(::openat(dirFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        if (child.valid()) total += sizeBelow(child.get(), st->identity.device, 1);
     }
     return total;
 }

@@ -316,6 +316,7 @@ Trash::Landing Trash::moveToTrash(PinnedItem& item, TimePoint now) {
             if (e == ENOENT) throw ItemChangedError(ItemChangedError::Kind::missing, "“" + original + "” is gone.");
             if (e == EXDEV)
                 throw FileSystemError(e, "“" + original + "” is on another drive than its Trash, so it was not moved.");
+            if (e == EINVAL) throwNoSafeRename(original);
             throw FileSystemError(e, "Couldn’t move “" + original + "” to the Trash: " + errnoText(e) + ".");
         }
 
