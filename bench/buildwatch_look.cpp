@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
     if (roots.empty()) return std::fprintf(stderr, "%s/code is missing: run bench/make_buildwatch_tree.py first\n", tree.c_str()), 1;
 
     const long long entries = bareWalk(roots.front());
-    (void)BuildWatchScanner::lookForProjects(roots, {}, home, std::chrono::seconds(300), 1);
+    (void)BuildWatchScanner::lookForProjects(roots, {}, home);
     std::vector<double> floorTimes, lookTimes;
     std::size_t suggestions = 0, targets = 0;
     std::int64_t gitPerLook = 0;
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
 
         const auto gitBefore = bv::GitIgnoreCheck::processesStarted();
         t0 = std::chrono::steady_clock::now();
-        const auto look = BuildWatchScanner::lookForProjects(roots, {}, home, std::chrono::seconds(300), 1);
+        const auto look = BuildWatchScanner::lookForProjects(roots, {}, home);
         lookTimes.push_back(seconds(std::chrono::steady_clock::now() - t0));
         gitPerLook = bv::GitIgnoreCheck::processesStarted() - gitBefore;
         suggestions = look.suggestions.size();
@@ -100,7 +100,7 @@ int main(int argc, char** argv) {
     std::printf("tree: %s (%lld entries reachable by the walk), load average %.1f, %d rounds\n", tree.c_str(), entries,
                 loadAverage(), rounds);
     std::printf("floor (bare walk with the stop list): median %.3f s\n", floorMedian);
-    std::printf("look for projects (minimum 1 byte):   median %.3f s, %zu suggestions, %zu targets measured\n", lookMedian,
+    std::printf("look for projects (1 GB minimum):     median %.3f s, %zu suggestions, %zu targets measured\n", lookMedian,
                 suggestions, targets);
     std::printf("git processes per look: %lld (one per work tree with candidates)\n", static_cast<long long>(gitPerLook));
     std::printf("ratio look / floor: %.2f x (goal <= 1.30 x)\n", lookMedian / floorMedian);

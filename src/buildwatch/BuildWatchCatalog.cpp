@@ -90,7 +90,8 @@ BuildWatchCatalog::NameSet BuildWatchCatalog::lowerNames(const std::vector<std::
 }
 
 const std::vector<BuildWatchCatalog::Pattern>& BuildWatchCatalog::patterns() {
-    static const std::vector<Pattern> rows{
+    static const std::vector<Pattern> rows = [] {
+        std::vector<Pattern> table{
         {S::rust, {"Cargo.toml"}, {"target", "debug"}, "Rust debug build"},
         {S::rust, {"Cargo.toml"}, {"target", "*", "debug"}, "Rust debug build"},
         {S::rust, {"Cargo.toml"}, {"target", "release", "incremental"}, "Rust incremental cache"},
@@ -117,7 +118,11 @@ const std::vector<BuildWatchCatalog::Pattern>& BuildWatchCatalog::patterns() {
         {S::xcode, {"info.plist"}, {"Index.noindex"}, "Xcode index"},
         {S::xcode, {"info.plist"}, {"Build", "Intermediates.noindex"}, "Xcode intermediate files"},
         {S::xcode, {"info.plist"}, {"Build", "Products", "Debug*"}, "Xcode debug build"},
-    };
+        };
+        for (auto& row : table)
+            for (const auto& m : row.manifests) row.lowerManifests.push_back(asciiLowercased(m));
+        return table;
+    }();
     return rows;
 }
 
@@ -182,8 +187,8 @@ std::vector<const BuildWatchCatalog::Pattern*> BuildWatchCatalog::applicablePatt
     std::vector<const Pattern*> out;
     for (const auto& row : patterns()) {
         if ((row.stack == S::xcode) != xcodeOnly) continue;
-        for (const auto& m : row.manifests)
-            if (lower.contains(asciiLowercased(m))) {
+        for (const auto& m : row.lowerManifests)
+            if (lower.contains(m)) {
                 out.push_back(&row);
                 break;
             }

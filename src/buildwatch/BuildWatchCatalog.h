@@ -24,6 +24,7 @@ public:
         std::vector<std::string> manifests;  // one must stand in the anchor; compared in lower case
         std::vector<std::string> components; // "*" = any one visible component; "Debug*" = prefix
         std::string title;
+        std::vector<std::string> lowerManifests = {}; // `manifests` lower-cased, made with the table
     };
 
     // The names of one folder, lower-cased once for the lookups below.

@@ -104,7 +104,13 @@ class ProjectWalker {
 public:
     explicit ProjectWalker(PendingScan& scan) : scan_(scan) {}
 
-    void walk(const std::string& folder, const std::vector<Entry>& entries, int depth) {
+    // `parentTree` is the work tree of the folder's parent: a folder holding its own ".git"
+    // starts a new one, any other shares it, so no folder is looked up twice.
+    void walk(const std::string& folder, const std::vector<Entry>& entries, int depth,
+              const std::optional<std::string>& parentTree) {
+        std::optional<std::string> tree = parentTree;
+        for (const auto& e : entries)
+            if (e.name == ".git") tree = folder;
         const auto lower = Catalog::lowerNames(namesOf(entries));
         for (const BuildStack s : Catalog::recognizeStacks(lower))
             if (std::find(scan_.stacks.begin(), scan_.stacks.end(), s) == scan_.stacks.end()) scan_.stacks.push_back(s);
@@ -113,7 +119,6 @@ public:
 
         const auto rows = Catalog::applicablePatterns(lower, false);
         if (!rows.empty()) {
-            const auto tree = GitIgnoreCheck::workTreeOf(folder);
             for (const Pattern* row : rows) {
                 std::vector<std::string> found;
                 expand(folder, row->components, 0, &entries, found);
@@ -129,7 +134,7 @@ public:
         std::sort(children.begin(), children.end(), [](const Entry* a, const Entry* b) { return a->name < b->name; });
         for (const Entry* e : children) {
             const std::string child = join(folder, e->name);
-            if (const auto listed = listEntries(child)) walk(child, *listed, depth + 1);
+            if (const auto listed = listEntries(child)) walk(child, *listed, depth + 1, tree);
         }
     }
 
@@ -183,23 +188,33 @@ std::vector<Candidate> outermost(std::vector<Candidate> candidates) {
     return kept;
 }
 
-// Turns the kept candidates of every scan into measured, sorted targets.
-std::vector<BuildWatchScanner::ProjectScan> finish(std::vector<PendingScan>& pending, bool measure,
-                                                   std::optional<std::chrono::steady_clock::time_point> deadline) {
+using Deadline = std::optional<std::chrono::steady_clock::time_point>;
+using SizeCache = std::unordered_map<std::string, std::int64_t>;
+
+// Measures the paths not in `sizes` yet, all at once on the shared pool, into `sizes`.
+void measureInto(SizeCache& sizes, const std::vector<std::string>& paths, Deadline deadline) {
+    std::vector<std::string> missing;
+    for (const auto& p : paths)
+        if (!sizes.contains(p)) missing.push_back(p);
+    if (missing.empty()) return;
+    FolderMeasure::Options options;
+    options.deadline = deadline;
+    const auto results = FolderMeasure::measureMany(missing, options);
+    for (std::size_t i = 0; i < missing.size(); ++i) sizes[missing[i]] = results[i].bytes;
+}
+
+// Turns the kept candidates of every scan into measured, sorted targets. `sizes` holds
+// folders measured already.
+std::vector<BuildWatchScanner::ProjectScan> finish(std::vector<PendingScan>& pending, bool measure, Deadline deadline,
+                                                   SizeCache sizes = {}) {
     std::vector<std::vector<Candidate>> kept;
     std::vector<std::string> all;
     for (auto& s : pending) {
         kept.push_back(outermost(std::move(s.candidates)));
         for (const auto& c : kept.back()) all.push_back(c.path);
     }
-    std::vector<FolderMeasure::Result> sizes;
-    if (measure && !all.empty()) {
-        FolderMeasure::Options options;
-        options.deadline = deadline;
-        sizes = FolderMeasure::measureMany(all, options);
-    }
+    if (measure) measureInto(sizes, all, deadline);
     std::vector<BuildWatchScanner::ProjectScan> out;
-    std::size_t at = 0;
     for (std::size_t i = 0; i < pending.size(); ++i) {
         BuildWatchScanner::ProjectScan scan;
         scan.stacks = pending[i].stacks;
@@ -210,10 +225,9 @@ std::vector<BuildWatchScanner::ProjectScan> finish(std::vector<PendingScan>& pen
             t.anchorPath = c.anchor;
             t.title = c.row->title;
             t.stack = c.row->stack;
-            t.bytes = measure ? sizes[at].bytes : 0;
+            t.bytes = measure ? sizes[c.path] : 0;
             t.newestChange = BuildWatchScanner::newestChange(c.path);
             scan.targets.push_back(std::move(t));
-            ++at;
         }
         std::stable_sort(scan.targets.begin(), scan.targets.end(),
                          [](const BuildTarget& a, const BuildTarget& b) { return a.bytes > b.bytes; });
@@ -227,7 +241,9 @@ PendingScan walkProject(const std::string& project, const std::vector<Entry>& en
                         const std::optional<std::vector<BuildWatchScanner::DerivedDataFolder>>& derived) {
     PendingScan scan;
     scan.project = project;
-    ProjectWalker(scan).walk(project, entries, 0);
+    const auto slash = project.rfind('/');
+    const std::string parent = slash == 0 ? "/" : project.substr(0, slash);
+    ProjectWalker(scan).walk(project, entries, 0, project == "/" ? std::nullopt : GitIgnoreCheck::workTreeOf(parent));
     if (scan.xcodeSeen) addDerivedDataCandidates(scan, derived ? *derived : BuildWatchScanner::listDerivedData(home));
     return scan;
 }
@@ -311,8 +327,27 @@ BuildWatchScanner::LookResult BuildWatchScanner::lookForProjects(const std::vect
         if (result.reachedDeadline) break;
     }
 
+    // Every matching folder is measured first, before git is asked: a project whose matches
+    // all together stay under the minimum can't become a suggestion whatever git says, so its
+    // repository costs no git process. The kept targets are pairwise apart and each lies in
+    // one of the outermost matches, so this sum bounds theirs.
+    SizeCache sizes;
+    std::vector<std::vector<Candidate>> outer;
+    std::vector<std::string> outerPaths;
+    for (const auto& p : pending) {
+        outer.push_back(outermost(p.candidates));
+        for (const auto& c : outer.back()) outerPaths.push_back(c.path);
+    }
+    measureInto(sizes, outerPaths, deadline);
+    std::vector<PendingScan> big;
+    for (std::size_t i = 0; i < pending.size(); ++i) {
+        std::int64_t bound = 0;
+        for (const auto& c : outer[i]) bound += sizes[c.path];
+        if (bound >= minimumBytes) big.push_back(std::move(pending[i]));
+    }
+    pending = std::move(big);
     keepIgnoredOnly(pending);
-    const auto scans = finish(pending, true, deadline);
+    const auto scans = finish(pending, true, deadline, std::move(sizes));
     for (std::size_t i = 0; i < scans.size(); ++i) {
         BuildSuggestion s;
         s.path = pending[i].project;
