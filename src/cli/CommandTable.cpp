@@ -10,6 +10,8 @@ int runMap(const std::vector<std::string>& args);
 int runCaches(const std::vector<std::string>& args);
 int runDuplicates(const std::vector<std::string>& args);
 int runRules(const std::vector<std::string>& args);
+int runOldProjects(const std::vector<std::string>& args);
+int runLeftovers(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
@@ -17,6 +19,8 @@ const std::vector<CliCommand>& commands() {
         {"map", "map [--json] PATH", "every folder above the size floor under PATH, largest first, with sizes and file counts", runMap},
         {"caches", "caches [--json]", "developer caches and large tool folders in your home, with sizes and what may go", runCaches},
         {"duplicates", "duplicates [--min BYTES] [--json] PATH...", "identical files under the folders, largest first", runDuplicates},
+        {"old-projects", "old-projects [--json] [--days N] PARENT...", "rebuildable folders in projects you have not opened lately, proven by a manifest and ignored by git", runOldProjects},
+        {"leftovers", "leftovers [--json]", "what apps that are no longer installed left behind, by owner, with how sure it is", runLeftovers},
         {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
     };
     return table;
