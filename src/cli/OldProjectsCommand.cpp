@@ -51,7 +51,8 @@ int runOldProjects(const std::vector<std::string>& args) {
         return 0;
     }
     for (const auto& r : result.unreachableRoots) std::printf("Skipped (can't be reached): %s\n", r.c_str());
-    std::printf("Old project files (untouched for at least %lld days)\n", static_cast<long long>(std::max<std::int64_t>(1, days)));
+    const long long shown = std::max<std::int64_t>(1, days);
+    std::printf("Old project files (untouched for at least %lld %s)\n", shown, shown == 1 ? "day" : "days");
     if (old.empty()) std::printf("  (none)\n");
     for (const auto* h : old) {
         const auto age = OldProjectScanner::ageDays(h->lastTouched, now);
