@@ -73,6 +73,13 @@ TEST(OldProjects, OnlyManifestProvenAndGitIgnoredFoldersAreHits) {
     EXPECT_GE(biggest.bytes, 200'000);
     EXPECT_FALSE(biggest.selected);
     EXPECT_EQ(OldProjectScanner::ageDays(biggest.lastTouched, now), 100);
+
+    // Without git there is no proof, so no hit.
+    const std::string path = std::getenv("PATH");
+    ::setenv("PATH", "/nonexistent", 1);
+    const auto withoutGit = OldProjectScanner::scan({parent}, home, {});
+    ::setenv("PATH", path.c_str(), 1);
+    EXPECT_TRUE(withoutGit.hits.empty());
 }
 
 TEST(OldProjects, AgeThresholdHoldsZeroAsOneAndIgnoresFutureDates) {
