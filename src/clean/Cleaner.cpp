@@ -135,7 +135,8 @@ Cleaner::Action Cleaner::chooseAction(const CleanupEntry& entry, const std::stri
     case CleanupOrigin::orphan:
         require(entry.disposition == CleanupDisposition::trash);
         require(Law::isInsideRoot(path, resolved, root));
-        require(Law::canCleanOrphanPath(resolved, home));
+        require(Law::canCleanOrphanPath(resolved, home) ||
+                (checks && checks->leftoverPathAllowed(resolved, home).value_or(false)));
         return Action::trash;
     case CleanupOrigin::buildWatch: {
         require(entry.parentPath && !entry.parentPath->empty() && !entry.allowRoot.empty());

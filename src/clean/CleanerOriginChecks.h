@@ -44,6 +44,12 @@ public:
         (void)entry, (void)resolved;
         return std::nullopt;
     }
+    // orphan: whether a leftover in one of Linux's per-app places (beyond the library folders
+    // the path law knows) may go.
+    [[nodiscard]] virtual std::optional<bool> leftoverPathAllowed(const std::string& resolved, const std::string& home) const {
+        (void)resolved, (void)home;
+        return std::nullopt;
+    }
     // buildWatch: the target test for `resolved` with the project folder's names.
     [[nodiscard]] virtual std::optional<bool> buildTargetAllowed(const std::string& resolved, const std::string& allowRoot,
                                                                  const std::string& projectFolder,

@@ -13,6 +13,8 @@ int runCaches(const std::vector<std::string>& args);
 int runDuplicates(const std::vector<std::string>& args);
 int runRules(const std::vector<std::string>& args);
 int runProjects(const std::vector<std::string>& args);
+int runOldProjects(const std::vector<std::string>& args);
+int runLeftovers(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
@@ -20,6 +22,8 @@ const std::vector<CliCommand>& commands() {
         {"map", "map [--json] PATH", "every folder above the size floor under PATH, largest first, with sizes and file counts", runMap},
         {"caches", "caches [--json]", "developer caches and large tool folders in your home, with sizes and what may go", runCaches},
         {"duplicates", "duplicates [--min BYTES] [--json] PATH...", "identical files under the folders, largest first", runDuplicates},
+        {"old-projects", "old-projects [--json] [--days N] PARENT...", "rebuildable folders in projects you have not opened lately, proven by a manifest and ignored by git", runOldProjects},
+        {"leftovers", "leftovers [--json]", "what apps that are no longer installed left behind, by owner, with how sure it is", runLeftovers},
         {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
         {"projects", "projects [--json] PATH... | --look [--json]", "the build folders Build Watch would measure in each project, or the projects it would suggest", runProjects},
     };

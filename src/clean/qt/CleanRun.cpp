@@ -11,6 +11,7 @@
 #include <algorithm>
 
 #include "clean/CleanupManifest.h"
+#include "clean/SmartCleanOriginChecks.h"
 #include "core/qt/ActivityLog.h"
 #include "core/qt/AppClock.h"
 #include "core/qt/CueBus.h"
@@ -28,7 +29,11 @@ std::string itemWord(std::int64_t n) { return n == 1 ? "item" : "items"; }
 
 } // namespace
 
-CleanRun::CleanRun(const FeatureContext& context, QObject* parent) : QObject(parent), ctx_(context) {}
+CleanRun::CleanRun(const FeatureContext& context, QObject* parent) : QObject(parent), ctx_(context) {
+    // Old project files and app leftovers are checked again at apply time by their own rules;
+    // other features stack their checks under these (SmartCleanOriginChecks passes them on).
+    cleanerEnv_.originChecks = std::make_shared<SmartCleanOriginChecks>();
+}
 
 void CleanRun::notify(const std::string& body) {
     lastNotification_ = body;
