@@ -10,6 +10,7 @@ int runMap(const std::vector<std::string>& args);
 int runCaches(const std::vector<std::string>& args);
 int runDuplicates(const std::vector<std::string>& args);
 int runRules(const std::vector<std::string>& args);
+int runAutopilot(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
@@ -18,6 +19,7 @@ const std::vector<CliCommand>& commands() {
         {"caches", "caches [--json]", "developer caches and large tool folders in your home, with sizes and what may go", runCaches},
         {"duplicates", "duplicates [--min BYTES] [--json] PATH...", "identical files under the folders, largest first", runDuplicates},
         {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
+        {"autopilot", "autopilot preview|list [--json] ...", "what a folder rule would clean now (preview [--scope children|recursive] FOLDER SENTENCE), or the saved rules", runAutopilot},
     };
     return table;
 }
