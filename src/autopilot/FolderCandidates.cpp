@@ -35,6 +35,38 @@ TimePoint modifiedOf(const struct stat& st) {
            std::chrono::duration_cast<TimePoint::duration>(std::chrono::nanoseconds(st.st_mtim.tv_nsec));
 }
 
+// A rule's name conditions prepared once: lowered names and ".ext" endings.
+class NameMatcher {
+public:
+    explicit NameMatcher(const FolderWatchRule& rule) : rule_(rule) {
+        for (const auto& n : rule.names) names_.push_back(asciiLowercased(n));
+        for (const auto& e : rule.extensions) endings_.push_back("." + asciiLowercased(e));
+        hasGlob_ = rule.glob && !rule.glob->empty();
+    }
+
+    bool matches(const FolderCandidate& candidate, TimePoint now) const {
+        if (rule_.keepNewest) return false;
+        if (rule_.directoriesOnly && !candidate.isDirectory) return false;
+        if (rule_.minimumAgeDays) {
+            if (!candidate.modified) return false;
+            if (now - *candidate.modified < std::chrono::seconds(*rule_.minimumAgeDays * 86400)) return false;
+        }
+        if (names_.empty() && endings_.empty() && !hasGlob_) return rule_.minimumAgeDays.has_value();
+        const std::string lowered = asciiLowercased(candidate.name);
+        for (const auto& n : names_)
+            if (n == lowered) return true;
+        for (const auto& ending : endings_)
+            if (endsWith(lowered, ending)) return true;
+        return hasGlob_ && FolderCandidates::globMatches(*rule_.glob, candidate.name);
+    }
+
+private:
+    const FolderWatchRule& rule_;
+    std::vector<std::string> names_;
+    std::vector<std::string> endings_;
+    bool hasGlob_ = false;
+};
+
 // One folder still to be read.
 struct Pending {
     std::string path;
@@ -44,7 +76,7 @@ struct Pending {
 // The walk: workers share a stack of folders; each keeps what it found in its own list.
 class Walk {
 public:
-    Walk(const FolderWatchRule& rule, TimePoint now, dev_t device) : rule_(rule), now_(now), device_(device) {}
+    Walk(const FolderWatchRule& rule, TimePoint now, dev_t device) : rule_(rule), matcher_(rule), now_(now), device_(device) {}
 
     void read(const Pending& folder, std::vector<FolderCandidate>& out, std::vector<Pending>& found) const {
         // The rule's folder is opened as named; below it a link is never followed.
@@ -71,7 +103,7 @@ public:
             c.modified = modifiedOf(st);
             c.depth = folder.depth + 1;
             if (c.isDirectory && goDeeper && KeepNewestItems::entersFolderNamed(c.name) &&
-                !FolderCandidates::matches(c, rule_, now_))
+                !matcher_.matches(c, now_))
                 found.push_back({c.path, c.depth});
             out.push_back(std::move(c));
         }
@@ -115,12 +147,12 @@ public:
         std::vector<FolderCandidate> all = std::move(lists[0]);
         for (size_t i = 1; i < lists.size(); ++i)
             all.insert(all.end(), std::make_move_iterator(lists[i].begin()), std::make_move_iterator(lists[i].end()));
-        std::sort(all.begin(), all.end(), [](const FolderCandidate& a, const FolderCandidate& b) { return a.path < b.path; });
         return all;
     }
 
 private:
     const FolderWatchRule& rule_;
+    NameMatcher matcher_;
     TimePoint now_;
     dev_t device_;
 };
@@ -156,21 +188,7 @@ bool FolderCandidates::globMatches(std::string_view glob, std::string_view name)
 }
 
 bool FolderCandidates::matches(const FolderCandidate& candidate, const FolderWatchRule& rule, TimePoint now) {
-    if (rule.keepNewest) return false;
-    if (rule.directoriesOnly && !candidate.isDirectory) return false;
-    if (rule.minimumAgeDays) {
-        if (!candidate.modified) return false;
-        if (now - *candidate.modified < std::chrono::seconds(*rule.minimumAgeDays * 86400)) return false;
-    }
-    const bool hasGlob = rule.glob && !rule.glob->empty();
-    if (rule.names.empty() && rule.extensions.empty() && !hasGlob) return rule.minimumAgeDays.has_value();
-
-    const std::string lowered = asciiLowercased(candidate.name);
-    for (const auto& n : rule.names)
-        if (asciiLowercased(n) == lowered) return true;
-    for (const auto& ext : rule.extensions)
-        if (endsWith(lowered, "." + asciiLowercased(ext))) return true;
-    return hasGlob && globMatches(*rule.glob, candidate.name);
+    return NameMatcher(rule).matches(candidate, now);
 }
 
 std::optional<std::vector<FolderCandidate>> FolderCandidates::list(const FolderWatchRule& rule, TimePoint now, int threads) {

@@ -27,7 +27,7 @@ public:
     // with `recursive` every depth, never entering a folder the rule names (what lies inside a
     // match is not listed), ".git", another file system or a link. Links are not listed at all.
     // Folders are listed with 0 bytes (see FolderRuleRunner::measure). Subfolders are read in
-    // parallel; an unreadable subfolder adds nothing. Sorted by path.
+    // parallel; an unreadable subfolder adds nothing. In no particular order.
     // Nothing when the folder itself is missing or can't be read.
     [[nodiscard]] static std::optional<std::vector<FolderCandidate>> list(const FolderWatchRule& rule, TimePoint now,
                                                                           int threads = 0);

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <grp.h>
@@ -56,6 +57,7 @@ AutopilotRun::Environment runEnvironment() {
 std::vector<std::string> relativePaths(const std::vector<FolderCandidate>& items, const std::string& folder) {
     std::vector<std::string> out;
     for (const auto& c : items) out.push_back(c.path.substr(folder.size() + 1));
+    std::sort(out.begin(), out.end());
     return out;
 }
 
@@ -89,6 +91,7 @@ TEST(FolderCandidates, RecursiveListingStopsAtMatchesAndSkipsLinks) {
     writeFile(dir + "/web/src/a.js", "x");
     writeFile(dir + "/.git/build/HEAD", "x");
     ASSERT_EQ(::symlink("/usr", (dir + "/web/build-link").c_str()), 0);
+    setModified(dir + "/web/build", 3600);
     const auto rule = ruleFor(dir, "delete subfolders named build");
     const auto listed = listCandidates(rule, kNow);
     ASSERT_TRUE(listed);
