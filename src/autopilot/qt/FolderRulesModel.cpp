@@ -162,7 +162,7 @@ void FolderRulesModel::runNow(int index) {
 }
 
 void FolderRulesModel::runDue() {
-    if (running_) return;
+    if (running_ || !ctx_.live) return; // a model without live data starts nothing by itself
     const TimePoint now = ctx_.clock.now();
     const auto due = AutopilotRun::dueRules(rules_, now);
     if (due.empty()) return;
