@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "clean/CleanupEntry.h"
+#include "clean/KeepNewestItems.h"
 #include "foundation/Dates.h"
 
 namespace bv {
@@ -30,12 +31,12 @@ public:
         return std::nullopt;
     }
     // folderRule: the standardized paths of the newest items of the rule's folder that must
-    // survive, recomputed now with the rule's name conditions.
+    // survive, recomputed now over what the rule counts (KeepNewestItems). Supplied here:
+    // nothing when the folder can't be read.
     [[nodiscard]] virtual std::optional<std::vector<std::string>> newestKept(const std::string& ruleFolder,
-                                                                             const std::vector<std::string>& names,
+                                                                             const KeepNewestItems::Scope& scope,
                                                                              std::int64_t keepNewest) const {
-        (void)ruleFolder, (void)names, (void)keepNewest;
-        return std::nullopt;
+        return KeepNewestItems::newestInFolder(ruleFolder, scope, keepNewest);
     }
     // orphan and buildWatch: the newest activity under a path (orphan with a 2-second time
     // limit). Outer optional as above; inner empty when nothing was found.

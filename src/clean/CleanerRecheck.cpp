@@ -45,10 +45,14 @@ void Cleaner::recheck(const CleanupEntry& entry, const std::string& path, const 
             staleUnless(m && sameMoment(*m, *r.touchedAtPlan));
         }
         if (r.keepNewest && entry.parentPath) {
-            const auto newest = checks ? checks->newestKept(*entry.parentPath, r.names, *r.keepNewest) : std::nullopt;
+            const KeepNewestItems::Scope scope{r.names, r.directoriesOnly, r.includeSubfolders};
+            const auto newest = checks ? checks->newestKept(*entry.parentPath, scope, *r.keepNewest) : std::nullopt;
             staleUnless(newest.has_value());
+            // Neither one of the newest itself nor a folder that holds one.
             const std::string me = DevCacheCatalog::standardizedPath(path);
-            staleUnless(std::find(newest->begin(), newest->end(), me) == newest->end());
+            staleUnless(std::none_of(newest->begin(), newest->end(), [&](const std::string& kept) {
+                return kept == me || (kept.size() > me.size() && kept.compare(0, me.size(), me) == 0 && kept[me.size()] == '/');
+            }));
         }
         return;
     }

@@ -16,6 +16,10 @@ struct RecheckCriteria {
     // Folder rules: how many newest items must survive, and the rule's name conditions.
     std::optional<std::int64_t> keepNewest;
     std::vector<std::string> names;
+    // Folder rules: the keep-newest count runs over folders only, and over every depth
+    // rather than the folder's direct children.
+    bool directoriesOnly = false;
+    bool includeSubfolders = false;
     // Duplicates: the copy's size at plan time, and the keeper that stays as it was then.
     std::optional<std::int64_t> expectedBytes;
     std::optional<std::string> keeperPath;

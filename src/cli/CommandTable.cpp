@@ -15,6 +15,7 @@ int runRules(const std::vector<std::string>& args);
 int runProjects(const std::vector<std::string>& args);
 int runOldProjects(const std::vector<std::string>& args);
 int runLeftovers(const std::vector<std::string>& args);
+int runAutopilot(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
@@ -26,6 +27,7 @@ const std::vector<CliCommand>& commands() {
         {"leftovers", "leftovers [--json]", "what apps that are no longer installed left behind, by owner, with how sure it is", runLeftovers},
         {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
         {"projects", "projects [--json] PATH... | --look [--json]", "the build folders Build Watch would measure in each project, or the projects it would suggest", runProjects},
+        {"autopilot", "autopilot preview|list [--json] ...", "what a folder rule would clean now (preview [--scope children|recursive] FOLDER SENTENCE), or the saved rules", runAutopilot},
     };
     return table;
 }

@@ -105,7 +105,7 @@ ApplicationWindow {
             SmartCleanPage {}
             DuplicatesPage {}
             PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
-            PlaceholderPage { title: "Autopilot"; tagline: "Build folders gone on a schedule" }
+            AutopilotPage {}
             SpaceMapPage {}
             HistoryPage {}
             PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
@@ -132,7 +132,10 @@ ApplicationWindow {
         }
     }
 
-    CleanupSheet { id: cleanupSheet }
+    CleanupSheet {
+        id: cleanupSheet
+        onConfirmRuleRequested: { AppModel.folderRules.confirmRule(); AppModel.cleanRun.dismissSheet() }
+    }
 
     MessageDialog {
         id: errorDialog
