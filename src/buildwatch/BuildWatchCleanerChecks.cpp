@@ -13,12 +13,6 @@ std::optional<std::optional<TimePoint>> BuildWatchCleanerChecks::projectLastTouc
     return next_ ? next_->projectLastTouched(projectPath) : std::nullopt;
 }
 
-std::optional<std::vector<std::string>> BuildWatchCleanerChecks::newestKept(const std::string& ruleFolder,
-                                                                            const std::vector<std::string>& names,
-                                                                            std::int64_t keepNewest) const {
-    return next_ ? next_->newestKept(ruleFolder, names, keepNewest) : std::nullopt;
-}
-
 std::optional<std::optional<TimePoint>> BuildWatchCleanerChecks::newestActivity(const CleanupEntry& entry,
                                                                                 const std::string& resolved) const {
     if (entry.origin == CleanupOrigin::buildWatch) return BuildWatchScanner::newestChange(resolved);

@@ -15,9 +15,6 @@ public:
 
     [[nodiscard]] std::optional<bool> isArtefactName(std::string_view lowerName) const override;
     [[nodiscard]] std::optional<std::optional<TimePoint>> projectLastTouched(const std::string& projectPath) const override;
-    [[nodiscard]] std::optional<std::vector<std::string>> newestKept(const std::string& ruleFolder,
-                                                                     const std::vector<std::string>& names,
-                                                                     std::int64_t keepNewest) const override;
     [[nodiscard]] std::optional<std::optional<TimePoint>> newestActivity(const CleanupEntry& entry,
                                                                          const std::string& resolved) const override;
     [[nodiscard]] std::optional<bool> buildTargetAllowed(const std::string& resolved, const std::string& allowRoot,

@@ -23,12 +23,6 @@ std::optional<bool> SmartCleanOriginChecks::leftoverPathAllowed(const std::strin
     return AppLeftovers::canCleanLeftoverPath(resolved, home);
 }
 
-std::optional<std::vector<std::string>> SmartCleanOriginChecks::newestKept(const std::string& ruleFolder,
-                                                                           const std::vector<std::string>& names,
-                                                                           std::int64_t keepNewest) const {
-    return next_ ? next_->newestKept(ruleFolder, names, keepNewest) : std::nullopt;
-}
-
 std::optional<bool> SmartCleanOriginChecks::buildTargetAllowed(const std::string& resolved, const std::string& allowRoot,
                                                                const std::string& projectFolder,
                                                                const std::vector<std::string>& projectNames,

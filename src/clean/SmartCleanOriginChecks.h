@@ -21,9 +21,6 @@ public:
     // A direct child of Linux's per-app places that is not the system's own.
     [[nodiscard]] std::optional<bool> leftoverPathAllowed(const std::string& resolved, const std::string& home) const override;
 
-    [[nodiscard]] std::optional<std::vector<std::string>> newestKept(const std::string& ruleFolder,
-                                                                     const std::vector<std::string>& names,
-                                                                     std::int64_t keepNewest) const override;
     [[nodiscard]] std::optional<bool> buildTargetAllowed(const std::string& resolved, const std::string& allowRoot,
                                                          const std::string& projectFolder,
                                                          const std::vector<std::string>& projectNames,

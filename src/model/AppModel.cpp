@@ -7,6 +7,8 @@
 #include <QtConcurrent/QtConcurrentRun>
 
 #include "autopilot/qt/FolderRulesModel.h"
+#include "buildwatch/BuildWatchCleanerChecks.h"
+#include "clean/SmartCleanOriginChecks.h"
 #include "clean/qt/CleanRun.h"
 #include "clean/qt/SmartCleanModel.h"
 #include "core/LogStatistics.h"
@@ -85,6 +87,10 @@ void AppModel::buildRooms() {
     ctx.readVolume = [this] { return readVolume_(context_->folders.home, clock_->now()); };
 
     cleanRun_ = new CleanRun(ctx, this);
+    // Each origin's own apply-time checks, chained: old projects and leftovers, then Build Watch.
+    Cleaner::Environment cleaner;
+    cleaner.originChecks = std::make_shared<SmartCleanOriginChecks>(std::make_shared<BuildWatchCleanerChecks>());
+    cleanRun_->setCleanerEnvironment(std::move(cleaner));
     ctx.presentPlan = [run = cleanRun_](CleanupPlan plan, CleanupSheetMode mode) {
         return run->presentPlan(std::move(plan), mode);
     };

@@ -11,7 +11,6 @@
 #include <algorithm>
 
 #include "clean/CleanupManifest.h"
-#include "clean/SmartCleanOriginChecks.h"
 #include "core/qt/ActivityLog.h"
 #include "core/qt/AppClock.h"
 #include "core/qt/CueBus.h"
@@ -29,11 +28,7 @@ std::string itemWord(std::int64_t n) { return n == 1 ? "item" : "items"; }
 
 } // namespace
 
-CleanRun::CleanRun(const FeatureContext& context, QObject* parent) : QObject(parent), ctx_(context) {
-    // Old project files and app leftovers are checked again at apply time by their own rules;
-    // other features stack their checks under these (SmartCleanOriginChecks passes them on).
-    cleanerEnv_.originChecks = std::make_shared<SmartCleanOriginChecks>();
-}
+CleanRun::CleanRun(const FeatureContext& context, QObject* parent) : QObject(parent), ctx_(context) {}
 
 void CleanRun::notify(const std::string& body) {
     lastNotification_ = body;
