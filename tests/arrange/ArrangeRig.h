@@ -1,0 +1,92 @@
+#pragma once
+// A plain event loop around the Auto-Arrange pieces for tests: the real inotify watcher on a
+// real folder, the real timers, sweeps and mover, run on the test's own thread with poll()
+// instead of the application's event loop.
+#include <poll.h>
+
+#include <functional>
+#include <map>
+#include <set>
+
+#include "arrange/ArrangePatterns.h"
+#include "arrange/ArrangeRenameMover.h"
+#include "arrange/ArrangeSweep.h"
+#include "arrange/ArrangeTimers.h"
+#include "arrange/NamePattern.h"
+#include "platform/DirectoryWatcher.h"
+
+namespace bv::test {
+
+inline SortRule arrangeRule(const std::string& glob, const std::string& folder, TimePoint liveSince) {
+    return makeArrangeRule(glob, *NamePattern::parse(glob), folder, liveSince);
+}
+
+// Stands in for Auto-Sort's matching of a name pattern until it is shared: the name
+// condition and the place of an arrange rule.
+inline ArrangeMatcher prefixMatcher() {
+    return [](const SortRule& rule, const FileSample& s, TimePoint) {
+        if (!rule.isEnabled || s.isDirectory || s.name.empty() || s.name.front() == '.') return false;
+        for (const SortCondition& c : rule.conditions) {
+            if (c.type == SortCondition::Type::nameStartsWith && s.name.rfind(c.value, 0) != 0) return false;
+            if (c.type == SortCondition::Type::location && c.place != s.location) return false;
+        }
+        return true;
+    };
+}
+
+struct ArrangeRig {
+    std::string downloads;
+    std::vector<SortRule> rules;
+    DirectoryWatcher watcher;
+    ArrangeTimers timers;
+    ArrangeSettleTracker tracker;
+    std::set<std::string> leftAlone;
+    std::map<Uuid, std::vector<FileSample>> waiting;
+    std::vector<ArrangeMoved> moved;
+    std::vector<std::string> errors;
+    std::vector<TimePoint> sweepTimes;
+    ArrangeRenameMover mover;
+
+    void align() {
+        if (arrangeWatchedPlaces(rules).empty())
+            watcher.stop();
+        else
+            (void)watcher.start(downloads);
+    }
+
+    void sweep(TimePoint now) {
+        align();
+        sweepTimes.push_back(now);
+        auto out = runArrangeSweep(downloads, rules, tracker, leftAlone, now, prefixMatcher(), mover);
+        tracker = std::move(out.tracker);
+        leftAlone = std::move(out.leftAlone);
+        waiting = std::move(out.waiting);
+        recordArrangeMoves(rules, out.moved);
+        moved.insert(moved.end(), out.moved.begin(), out.moved.end());
+        errors.insert(errors.end(), out.errors.begin(), out.errors.end());
+        timers.finish(Clock::now(), out.stillSettling, out.movedNames());
+    }
+
+    // Runs for `limit` of real time or until `done()` holds after a sweep.
+    void runFor(std::chrono::milliseconds limit, const std::function<bool()>& done = {}) {
+        align();
+        const TimePoint end = Clock::now() + limit;
+        for (;;) {
+            TimePoint now = Clock::now();
+            if (timers.takeDue(now)) {
+                sweep(now);
+                if (done && done()) return;
+                continue;
+            }
+            if (now >= end) return;
+            TimePoint wake = end;
+            if (auto deadline = timers.nextDeadline()) wake = std::min(wake, *deadline);
+            const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(wake - now).count();
+            pollfd p{watcher.fd(), POLLIN, 0};
+            if (::poll(&p, 1, static_cast<int>(std::max<std::int64_t>(ms, 1))) > 0)
+                for (const DirectoryEvent& e : watcher.readEvents()) timers.noteEntryEvent(Clock::now(), e.name, e.left);
+        }
+    }
+};
+
+} // namespace bv::test
