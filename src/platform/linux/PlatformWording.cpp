@@ -28,6 +28,7 @@ std::string platformWording(const std::string& text) {
         {"open the Trash in the Dock and choose Put Back", "open the Trash in your file manager and choose Restore"},
         {"~/Library/Logs/Brimvale", logsFolderForPeople()},
         {"the Dock", "your file manager"},
+        {"in Finder", "in your file manager"},
     };
     std::string out = text;
     for (const auto& [from, to] : table) replaceAll(out, from, to);
