@@ -5,26 +5,28 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "arrange/ArrangeMover.h"
 #include "foundation/PhraseText.h"
+#include "sort/PlannedAction.h"
+#include "sort/RuleMatcher.h"
+#include "sort/RuleRunEngine.h"
 
 namespace bv {
 namespace {
 
 constexpr const char* kPartialExtensions[] = {"crdownload", "part", "partial", "download", "tmp", "opdownload"};
 
-// The rules a sweep works for, in document order.
-std::vector<const SortRule*> liveArrangeRules(const std::vector<SortRule>& rules) {
-    std::vector<const SortRule*> live;
+// The rules a sweep works for, in document order, each prepared for many names.
+std::vector<RuleMatcher> liveArrangeRules(const std::vector<SortRule>& rules) {
+    std::vector<RuleMatcher> live;
     for (const SortRule& rule : rules)
-        if (rule.kind == SortRuleKind::arrange && rule.isEnabled) live.push_back(&rule);
+        if (rule.kind == SortRuleKind::arrange && rule.isEnabled) live.emplace_back(rule);
     return live;
 }
 
-const SortRule* firstTaker(const std::vector<const SortRule*>& rules, const FileSample& sample, TimePoint now,
-                           const ArrangeMatcher& matches) {
-    for (const SortRule* rule : rules)
-        if (matches(*rule, sample, now)) return rule;
+const SortRule* firstTaker(const std::vector<RuleMatcher>& rules, const FileSample& sample, TimePoint now) {
+    const SampleNames names = SampleNames::of(sample.name);
+    for (const RuleMatcher& matcher : rules)
+        if (matcher.matches(sample, names, now)) return &matcher.rule();
     return nullptr;
 }
 
@@ -38,15 +40,33 @@ bool unchangedSince(const FileSample& sample) {
     return sample.modified == modified;
 }
 
-void moveOne(const SortRule& rule, const FileSample& sample, TimePoint now, const ArrangeMover& mover,
-             ArrangeSweepOutcome& out) {
-    try {
-        out.moved.push_back({rule.id, sample.name, mover.move(rule, sample, now)});
-    } catch (const std::exception& failure) {
-        out.errors.emplace_back(failure.what());
-        out.leftAlone.insert(sample.path);
-        out.waiting[rule.id].push_back(sample);
+// Moves the steps through Auto-Sort's apply path, with `listing` as the fresh samples it
+// checks each step against, and sorts what happened into `out`.
+void applySteps(const std::vector<ArrangeStep>& steps, const std::vector<SortRule>& rules,
+                const std::vector<FileSample>& listing, TimePoint now, const RuleRunEngine& engine,
+                ArrangeSweepOutcome& out) {
+    if (steps.empty()) return;
+    SimulationResult simulation;
+    simulation.id = Uuid::generate();
+    simulation.scopeName = "Downloads";
+    simulation.createdAt = now;
+    for (const ArrangeStep& step : steps) {
+        const auto rule = std::find_if(rules.begin(), rules.end(), [&](const SortRule& r) { return r.id == step.ruleID; });
+        simulation.actions.push_back(plannedAction(step.sample, *rule, "Downloads"));
     }
+    ApplyOutcome applied = engine.apply(simulation, {}, rules, listing, now);
+    std::map<std::string, ActionLogEntry> entryBySource;
+    for (ActionLogEntry& entry : applied.entries) entryBySource.emplace(entry.sourcePath, std::move(entry));
+    for (const ArrangeStep& step : steps) {
+        auto entry = entryBySource.find(step.sample.path);
+        if (entry != entryBySource.end()) {
+            out.moved.push_back({step.ruleID, step.sample.name, std::move(entry->second)});
+        } else {
+            out.leftAlone.insert(step.sample.path);
+            out.waiting[step.ruleID].push_back(step.sample);
+        }
+    }
+    out.errors.insert(out.errors.end(), applied.errors.begin(), applied.errors.end());
 }
 
 } // namespace
@@ -73,8 +93,7 @@ std::vector<FileSample> finishedDownloads(const std::vector<FileSample>& samples
 }
 
 ArrangeSweepPlan planArrangeSweep(const std::vector<FileSample>& listing, const std::vector<SortRule>& rules,
-                                  ArrangeSettleTracker& tracker, const std::set<std::string>& leftAlone, TimePoint now,
-                                  const ArrangeMatcher& matches) {
+                                  ArrangeSettleTracker& tracker, const std::set<std::string>& leftAlone, TimePoint now) {
     ArrangeSweepPlan plan;
     const auto live = liveArrangeRules(rules);
     const std::vector<FileSample> candidates = finishedDownloads(listing);
@@ -84,7 +103,7 @@ ArrangeSweepPlan planArrangeSweep(const std::vector<FileSample>& listing, const 
     std::unordered_set<std::string> settledPaths;
     for (const FileSample& s : settled) settledPaths.insert(s.path);
     for (const FileSample& sample : candidates) {
-        const SortRule* rule = firstTaker(live, sample, now, matches);
+        const SortRule* rule = firstTaker(live, sample, now);
         if (!rule) continue;
         if (!settledPaths.count(sample.path)) {
             plan.stillSettling = true;
@@ -102,9 +121,9 @@ ArrangeSweepPlan planArrangeSweep(const std::vector<FileSample>& listing, const 
 
 ArrangeSweepOutcome runArrangeSweep(const std::string& downloads, const std::vector<SortRule>& rules,
                                     ArrangeSettleTracker tracker, std::set<std::string> leftAlone, TimePoint now,
-                                    const ArrangeMatcher& matches, const ArrangeMover& mover) {
+                                    const RuleRunEngine& engine) {
     const std::vector<FileSample> listing = gatherSamples(downloads, SortPlace::downloads, true, now);
-    ArrangeSweepPlan plan = planArrangeSweep(listing, rules, tracker, leftAlone, now, matches);
+    ArrangeSweepPlan plan = planArrangeSweep(listing, rules, tracker, leftAlone, now);
 
     ArrangeSweepOutcome out;
     std::unordered_set<std::string> present;
@@ -114,27 +133,26 @@ ArrangeSweepOutcome runArrangeSweep(const std::string& downloads, const std::vec
     out.waiting = std::move(plan.waiting);
     out.stillSettling = plan.stillSettling;
 
-    for (const ArrangeStep& step : plan.steps) {
-        const auto rule = std::find_if(rules.begin(), rules.end(), [&](const SortRule& r) { return r.id == step.ruleID; });
-        if (!unchangedSince(step.sample)) {
+    std::vector<ArrangeStep> steps;
+    for (ArrangeStep& step : plan.steps) {
+        if (unchangedSince(step.sample))
+            steps.push_back(std::move(step));
+        else
             out.stillSettling = true; // written to again since it settled: look again soon
-            continue;
-        }
-        moveOne(*rule, step.sample, now, mover, out);
     }
+    applySteps(steps, rules, listing, now, engine, out);
     out.tracker = std::move(tracker);
     return out;
 }
 
 ArrangeSweepOutcome arrangeNow(const std::string& downloads, const SortRule& rule,
-                               const std::set<std::string>& chosenPaths, TimePoint now, const ArrangeMatcher& matches,
-                               const ArrangeMover& mover) {
+                               const std::set<std::string>& chosenPaths, TimePoint now, const RuleRunEngine& engine) {
     ArrangeSweepOutcome out;
     const auto listing = finishedDownloads(gatherSamples(downloads, SortPlace::downloads, true, now));
-    for (const FileSample& sample : listing) {
-        if (!chosenPaths.count(sample.path) || sample.isDirectory || !matches(rule, sample, now)) continue;
-        moveOne(rule, sample, now, mover, out);
-    }
+    std::vector<ArrangeStep> steps;
+    for (const FileSample& sample : listing)
+        if (chosenPaths.count(sample.path) && rule.matches(sample, now)) steps.push_back({rule.id, sample});
+    applySteps(steps, {rule}, listing, now, engine, out);
     return out;
 }
 

@@ -1,5 +1,4 @@
 #pragma once
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -14,10 +13,7 @@
 
 namespace bv {
 
-class ArrangeMover;
-
-// Whether a rule takes a file, the way Auto-Sort matches (name, extension, place).
-using ArrangeMatcher = std::function<bool(const SortRule&, const FileSample&, TimePoint now)>;
+class RuleRunEngine;
 
 // Extensions that download tools give a file until it is complete.
 [[nodiscard]] bool isPartialDownloadName(const std::string& name);
@@ -39,15 +35,14 @@ struct ArrangeSweepPlan {
 };
 
 // Steps 2 to 4 of a sweep over a fresh listing (unsettled files included). Enabled arrange
-// rules are tried in document order and the first that matches takes a file. A file added
+// rules are tried in document order and the first that matches (as Auto-Sort matches) takes a file. A file added
 // at or after the rule's liveSince moves; an older one, or one a sweep already failed to
 // move (`leftAlone`), waits for Arrange now. `tracker` learns the listing. `stillSettling`
 // counts only files some rule would take, so an unrelated file being written never keeps
 // the sweeps coming.
 [[nodiscard]] ArrangeSweepPlan planArrangeSweep(const std::vector<FileSample>& listing,
                                                 const std::vector<SortRule>& rules, ArrangeSettleTracker& tracker,
-                                                const std::set<std::string>& leftAlone, TimePoint now,
-                                                const ArrangeMatcher& matches);
+                                                const std::set<std::string>& leftAlone, TimePoint now);
 
 // One file moved by a sweep or by Arrange now.
 struct ArrangeMoved {
@@ -73,20 +68,21 @@ struct ArrangeSweepOutcome {
     }
 };
 
-// A whole sweep, blocking: lists `downloads`, plans, and moves each step after looking at
-// the file once more (a file that changed since it settled stays for the next sweep).
-// A file that could not move joins `leftAlone` with its reason in `errors`; paths gone from
-// the listing leave `leftAlone`.
+// A whole sweep, blocking: lists `downloads`, plans, looks at each file to move once more
+// (one that changed since it settled stays for the next sweep) and moves the rest through
+// Auto-Sort's apply path, which matches each file again and never overwrites. A file that
+// could not move joins `leftAlone` with its reason in `errors`; paths gone from the listing
+// leave `leftAlone`.
 [[nodiscard]] ArrangeSweepOutcome runArrangeSweep(const std::string& downloads, const std::vector<SortRule>& rules,
                                                   ArrangeSettleTracker tracker, std::set<std::string> leftAlone,
-                                                  TimePoint now, const ArrangeMatcher& matches,
-                                                  const ArrangeMover& mover);
+                                                  TimePoint now, const RuleRunEngine& engine);
 
-// Moves the chosen files of one rule now (Arrange now), each checked against the disk
-// and the rule first. Files gone or no longer matching are skipped without a word.
+// Moves the chosen files of one rule now (Arrange now) through the same apply path. Files
+// gone or no longer matching are skipped without a word; `moved` and `errors` both empty
+// means none of them was found.
 [[nodiscard]] ArrangeSweepOutcome arrangeNow(const std::string& downloads, const SortRule& rule,
                                              const std::set<std::string>& chosenPaths, TimePoint now,
-                                             const ArrangeMatcher& matches, const ArrangeMover& mover);
+                                             const RuleRunEngine& engine);
 
 // Counts the moves into their rules and sets each rule's lastArranged to its latest move.
 // True when some rule changed.

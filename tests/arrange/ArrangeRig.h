@@ -1,6 +1,6 @@
 #pragma once
 // A plain event loop around the Auto-Arrange pieces for tests: the real inotify watcher on a
-// real folder, the real timers, sweeps and mover, run on the test's own thread with poll()
+// real folder, the real timers, sweeps and Auto-Sort apply path, run on the test's own thread with poll()
 // instead of the application's event loop.
 #include <poll.h>
 
@@ -9,11 +9,12 @@
 #include <set>
 
 #include "arrange/ArrangePatterns.h"
-#include "arrange/ArrangeRenameMover.h"
 #include "arrange/ArrangeSweep.h"
 #include "arrange/ArrangeTimers.h"
 #include "arrange/NamePattern.h"
+#include "foundation/CalendarContext.h"
 #include "platform/DirectoryWatcher.h"
+#include "sort/RuleRunEngine.h"
 
 namespace bv::test {
 
@@ -21,17 +22,9 @@ inline SortRule arrangeRule(const std::string& glob, const std::string& folder, 
     return makeArrangeRule(glob, *NamePattern::parse(glob), folder, liveSince);
 }
 
-// Stands in for Auto-Sort's matching of a name pattern until it is shared: the name
-// condition and the place of an arrange rule.
-inline ArrangeMatcher prefixMatcher() {
-    return [](const SortRule& rule, const FileSample& s, TimePoint) {
-        if (!rule.isEnabled || s.isDirectory || s.name.empty() || s.name.front() == '.') return false;
-        for (const SortCondition& c : rule.conditions) {
-            if (c.type == SortCondition::Type::nameStartsWith && s.name.rfind(c.value, 0) != 0) return false;
-            if (c.type == SortCondition::Type::location && c.place != s.location) return false;
-        }
-        return true;
-    };
+// Auto-Sort's apply path acting in `downloads` only.
+inline RuleRunEngine engineFor(const std::string& downloads) {
+    return RuleRunEngine(downloads, {}, CalendarContext("en_US", "Europe/Berlin"));
 }
 
 struct ArrangeRig {
@@ -45,7 +38,6 @@ struct ArrangeRig {
     std::vector<ArrangeMoved> moved;
     std::vector<std::string> errors;
     std::vector<TimePoint> sweepTimes;
-    ArrangeRenameMover mover;
 
     void align() {
         if (arrangeWatchedPlaces(rules).empty())
@@ -57,7 +49,7 @@ struct ArrangeRig {
     void sweep(TimePoint now) {
         align();
         sweepTimes.push_back(now);
-        auto out = runArrangeSweep(downloads, rules, tracker, leftAlone, now, prefixMatcher(), mover);
+        auto out = runArrangeSweep(downloads, rules, tracker, leftAlone, now, engineFor(downloads));
         tracker = std::move(out.tracker);
         leftAlone = std::move(out.leftAlone);
         waiting = std::move(out.waiting);

@@ -152,10 +152,10 @@ TEST(ArrangeLive, AFileThereBeforeThePatternStaysAndIsOffered) {
     EXPECT_EQ(rig.waiting[rule.id][0].path, before);
 
     // Arrange now moves it; asked again, the file is gone.
-    const auto now = arrangeNow(downloads, rule, {before}, Clock::now(), test::prefixMatcher(), rig.mover);
+    const auto now = arrangeNow(downloads, rule, {before}, Clock::now(), test::engineFor(downloads));
     ASSERT_EQ(now.moved.size(), 1u);
     EXPECT_TRUE(test::exists(out + "/vk-before.pdf"));
-    const auto again = arrangeNow(downloads, rule, {before}, Clock::now(), test::prefixMatcher(), rig.mover);
+    const auto again = arrangeNow(downloads, rule, {before}, Clock::now(), test::engineFor(downloads));
     EXPECT_EQ(arrange_text::arrangeNowResult(again.moved.size(), !again.moved.empty() || !again.errors.empty()),
               "Nothing to move. Those files are gone or no longer match.");
 
