@@ -1,8 +1,10 @@
 #include "arrange/ArrangeSweep.h"
 
+#include <dirent.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <memory>
 #include <unordered_set>
 
 #include "foundation/PhraseText.h"
@@ -30,14 +32,51 @@ const SortRule* firstTaker(const std::vector<RuleMatcher>& rules, const FileSamp
     return nullptr;
 }
 
+TimePoint timeOf(const struct timespec& ts) {
+    return TimePoint{std::chrono::duration_cast<Clock::duration>(std::chrono::seconds(ts.tv_sec) +
+                                                                 std::chrono::nanoseconds(ts.tv_nsec))};
+}
+
 // The file as it is on disk now still is the one that settled: same size, same content date.
 bool unchangedSince(const FileSample& sample) {
     struct stat st{};
     if (::lstat(sample.path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
-    if (static_cast<std::int64_t>(st.st_size) != sample.size) return false;
-    const TimePoint modified{std::chrono::duration_cast<Clock::duration>(std::chrono::seconds(st.st_mtim.tv_sec) +
-                                                                        std::chrono::nanoseconds(st.st_mtim.tv_nsec))};
-    return sample.modified == modified;
+    return static_cast<std::int64_t>(st.st_size) == sample.size && sample.modified == timeOf(st.st_mtim);
+}
+
+// Downloads as a sweep needs it, filled in the way gatherSamples fills a sample: the files
+// some pattern may take, plus the names of partial downloads (so "a.zip" can see its
+// "a.zip.crdownload"). Every other name costs only its directory entry, never a stat or an
+// attribute read, which keeps a folder of thousands of unrelated files cheap to sweep.
+std::vector<FileSample> listForSweep(const std::string& folder, const std::vector<RuleMatcher>& live, TimePoint now) {
+    std::vector<FileSample> out;
+    std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), ::closedir);
+    if (!dir || live.empty()) return out;
+    const std::string base = folder.back() == '/' ? folder : folder + "/";
+    while (const dirent* entry = ::readdir(dir.get())) {
+        FileSample s;
+        s.name = entry->d_name;
+        if (s.name.empty() || s.name.front() == '.') continue;
+        s.path = base + s.name;
+        s.location = SortPlace::downloads;
+        if (isPartialDownloadName(s.name)) {
+            out.push_back(std::move(s));
+            continue;
+        }
+        if (!firstTaker(live, s, now)) continue; // the name alone rules it out
+        struct stat st{};
+        if (::lstat(s.path.c_str(), &st) != 0 || S_ISLNK(st.st_mode)) continue;
+        const auto dot = s.name.rfind('.');
+        s.isDirectory = S_ISDIR(st.st_mode) && !(dot != std::string::npos && lowercased(s.name.substr(dot + 1)) == "app");
+        s.modified = timeOf(st.st_mtim);
+        s.added = timeOf(st.st_ctim); // a rename into the folder sets it
+        if (!S_ISDIR(st.st_mode)) {
+            s.size = static_cast<std::int64_t>(st.st_size);
+            s.whereFroms = readWhereFroms(s.path);
+        }
+        out.push_back(std::move(s));
+    }
+    return out;
 }
 
 // Moves the steps through Auto-Sort's apply path, with `listing` as the fresh samples it
@@ -96,15 +135,21 @@ ArrangeSweepPlan planArrangeSweep(const std::vector<FileSample>& listing, const 
                                   ArrangeSettleTracker& tracker, const std::set<std::string>& leftAlone, TimePoint now) {
     ArrangeSweepPlan plan;
     const auto live = liveArrangeRules(rules);
-    const std::vector<FileSample> candidates = finishedDownloads(listing);
-    const std::vector<FileSample> settled = tracker.update(candidates, now);
-    if (live.empty()) return plan;
-
+    // Only files some pattern takes are tracked: a folder of thousands of unrelated files
+    // costs one name test each.
+    std::vector<FileSample> candidates;
+    std::vector<const SortRule*> takers;
+    for (FileSample& sample : finishedDownloads(listing))
+        if (const SortRule* rule = firstTaker(live, sample, now)) {
+            candidates.push_back(std::move(sample));
+            takers.push_back(rule);
+        }
     std::unordered_set<std::string> settledPaths;
-    for (const FileSample& s : settled) settledPaths.insert(s.path);
-    for (const FileSample& sample : candidates) {
-        const SortRule* rule = firstTaker(live, sample, now);
-        if (!rule) continue;
+    for (const FileSample& s : tracker.update(candidates, now)) settledPaths.insert(s.path);
+
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        const FileSample& sample = candidates[i];
+        const SortRule* rule = takers[i];
         if (!settledPaths.count(sample.path)) {
             plan.stillSettling = true;
             continue;
@@ -122,7 +167,7 @@ ArrangeSweepPlan planArrangeSweep(const std::vector<FileSample>& listing, const 
 ArrangeSweepOutcome runArrangeSweep(const std::string& downloads, const std::vector<SortRule>& rules,
                                     ArrangeSettleTracker tracker, std::set<std::string> leftAlone, TimePoint now,
                                     const RuleRunEngine& engine) {
-    const std::vector<FileSample> listing = gatherSamples(downloads, SortPlace::downloads, true, now);
+    const std::vector<FileSample> listing = listForSweep(downloads, liveArrangeRules(rules), now);
     ArrangeSweepPlan plan = planArrangeSweep(listing, rules, tracker, leftAlone, now);
 
     ArrangeSweepOutcome out;

@@ -19,6 +19,11 @@ class ArrangeTimers {
 public:
     static constexpr std::chrono::milliseconds kDebounce{3000};
     static constexpr std::chrono::milliseconds kRecheck{2500};
+    // After reading a batch of folder events the reader rests this long before reading
+    // again. Events only push the debounce back, so reading them late costs a sweep at most
+    // this much delay, while a folder filling with thousands of files wakes the program ten
+    // times a second instead of once per file.
+    static constexpr std::chrono::milliseconds kReadPause{100};
 
     // A folder event: any pending debounce is replaced by one ending 3 seconds from now.
     void noteEvent(TimePoint now);

@@ -63,6 +63,7 @@ struct ArrangeRig {
     void runFor(std::chrono::milliseconds limit, const std::function<bool()>& done = {}) {
         align();
         const TimePoint end = Clock::now() + limit;
+        TimePoint readAgain{};
         for (;;) {
             TimePoint now = Clock::now();
             if (timers.takeDue(now)) {
@@ -73,10 +74,14 @@ struct ArrangeRig {
             if (now >= end) return;
             TimePoint wake = end;
             if (auto deadline = timers.nextDeadline()) wake = std::min(wake, *deadline);
+            const bool resting = now < readAgain;
+            if (resting) wake = std::min(wake, readAgain);
             const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(wake - now).count();
             pollfd p{watcher.fd(), POLLIN, 0};
-            if (::poll(&p, 1, static_cast<int>(std::max<std::int64_t>(ms, 1))) > 0)
+            if (::poll(&p, resting ? 0 : 1, static_cast<int>(std::max<std::int64_t>(ms, 1))) > 0) {
                 for (const DirectoryEvent& e : watcher.readEvents()) timers.noteEntryEvent(Clock::now(), e.name, e.left);
+                readAgain = Clock::now() + ArrangeTimers::kReadPause;
+            }
         }
     }
 };
