@@ -146,12 +146,20 @@ ArrangeSweepPlan planArrangeSweep(const std::vector<FileSample>& listing, const 
         }
     std::unordered_set<std::string> settledPaths;
     for (const FileSample& s : tracker.update(candidates, now)) settledPaths.insert(s.path);
+    for (const FileSample& partial : listing) {
+        if (!isPartialDownloadName(partial.name)) continue;
+        FileSample finished = partial;
+        finished.name = partial.name.substr(0, partial.name.rfind('.'));
+        finished.isDirectory = false;
+        if (firstTaker(live, finished, now)) plan.unfinished.push_back(finished.name);
+    }
 
     for (std::size_t i = 0; i < candidates.size(); ++i) {
         const FileSample& sample = candidates[i];
         const SortRule* rule = takers[i];
         if (!settledPaths.count(sample.path)) {
             plan.stillSettling = true;
+            plan.unfinished.push_back(sample.name);
             continue;
         }
         const TimePoint added = sample.added.value_or(sample.modified.value_or(TimePoint{}));
@@ -177,6 +185,7 @@ ArrangeSweepOutcome runArrangeSweep(const std::string& downloads, const std::vec
         if (present.count(path)) out.leftAlone.insert(path);
     out.waiting = std::move(plan.waiting);
     out.stillSettling = plan.stillSettling;
+    out.unfinished = std::move(plan.unfinished);
 
     std::vector<ArrangeStep> steps;
     for (ArrangeStep& step : plan.steps) {

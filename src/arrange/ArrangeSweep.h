@@ -32,6 +32,9 @@ struct ArrangeSweepPlan {
     std::vector<ArrangeStep> steps;                  // settled, new, matching: move now
     std::map<Uuid, std::vector<FileSample>> waiting; // matching but there before the pattern
     bool stillSettling = false;                      // a matching file is still changing
+    // Names a pattern will take once they are finished: files still changing, and partial
+    // downloads by their final name ("a.pdf" while "a.pdf.crdownload" grows).
+    std::vector<std::string> unfinished;
 };
 
 // Steps 2 to 4 of a sweep over a fresh listing (unsettled files included). Enabled arrange
@@ -60,6 +63,7 @@ struct ArrangeSweepOutcome {
     std::vector<ArrangeMoved> moved;
     std::vector<std::string> errors;
     bool stillSettling = false;
+    std::vector<std::string> unfinished;
 
     [[nodiscard]] std::vector<std::string> movedNames() const {
         std::vector<std::string> out;

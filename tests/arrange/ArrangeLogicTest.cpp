@@ -74,6 +74,7 @@ TEST(ArrangeSweep, NewFilesMoveOlderOnesWaitFirstRuleTakesAFile) {
         sample("vk-failed.pdf", 1, t0, t0 + 1s), // a sweep could not move it before: waits
         sample("zz-off.pdf", 1, t0, t0 + 1s),
         sample("other.pdf", 1, t0, t0 + 1s),
+        sample("vk-dl.pdf.crdownload", 1, t0 + 9s), // its final name waits with the settling one
     };
     const auto plan = planArrangeSweep(listing, rules, tracker, {"/dl/vk-failed.pdf"}, t0 + 10s);
     ASSERT_EQ(plan.steps.size(), 1u);
@@ -82,6 +83,7 @@ TEST(ArrangeSweep, NewFilesMoveOlderOnesWaitFirstRuleTakesAFile) {
     EXPECT_EQ(names(plan.waiting.at(first.id)), (std::vector<std::string>{"vk-old.pdf", "vk-failed.pdf"}));
     EXPECT_EQ(plan.waiting.count(second.id), 0u);
     EXPECT_TRUE(plan.stillSettling);
+    EXPECT_EQ(plan.unfinished, (std::vector<std::string>{"vk-dl.pdf", "vk-fresh.pdf"}));
     // An unrelated file being written does not keep the sweeps coming.
     ArrangeSettleTracker other;
     EXPECT_FALSE(planArrangeSweep({sample("x.log", 1, t0 + 9s)}, rules, other, {}, t0 + 10s)
