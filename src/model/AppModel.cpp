@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QtConcurrent/QtConcurrentRun>
 
+#include "arrange/qt/ArrangeLive.h"
 #include "autopilot/qt/FolderRulesModel.h"
 #include "buildwatch/BuildWatchCleanerChecks.h"
 #include "clean/SmartCleanOriginChecks.h"
@@ -103,6 +104,7 @@ void AppModel::buildRooms() {
     spaceMap_ = new SpaceMapModel(ctx, this);
     sortRules_ = new SortRulesModel(ctx, this);
     folderRules_ = new FolderRulesModel(ctx, this);
+    arrange_ = new ArrangeLive(ctx, this);
 }
 
 // How the rooms hear of each other: the shell's wiring, so no feature knows another.
@@ -129,6 +131,10 @@ void AppModel::connectRooms() {
         log_->recompute(); // carries the week and the streak over midnight
     });
     connect(folderAccess_, &FolderAccessModel::granted, this, &AppModel::refresh);
+    // Auto-Arrange's patterns live among the sort rules: both rooms see every change.
+    connect(sortRules_, &SortRulesModel::sortRulesChanged, arrange_, [this] { arrange_->setRules(sortRules_->sortRules()); });
+    connect(arrange_, &ArrangeLive::rulesEdited, sortRules_, &SortRulesModel::setSortRules);
+    arrange_->setRules(sortRules_->sortRules());
     // The review action or a click on a low-space alert: the window comes forward and the
     // clean-up preview is on its way.
     connect(&NotificationRouter::shared(), &NotificationRouter::brimvalePreviewCleanup, this,
@@ -147,6 +153,7 @@ void AppModel::start() {
     didStart_ = true;
     emit didStartChanged();
     sortRules_->seedDefaultRules();
+    arrange_->start();
     log_->backfillLifetimeCounters();
     folderAccess_->restore();
     QTimer::singleShot(0, folderAccess_, &FolderAccessModel::recompute);

@@ -29,6 +29,7 @@ class CueBus;
 class DuplicatesModel;
 class FolderAccessModel;
 class FolderRulesModel;
+class ArrangeLive;
 class LowSpaceModel;
 class Messages;
 class NotificationCenter;
@@ -62,6 +63,7 @@ class AppModel : public QObject {
     Q_MOC_INCLUDE("space/qt/SpaceMapModel.h")
     Q_MOC_INCLUDE("sort/qt/SortRulesModel.h")
     Q_MOC_INCLUDE("autopilot/qt/FolderRulesModel.h")
+    Q_MOC_INCLUDE("arrange/qt/ArrangeLive.h")
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
@@ -92,6 +94,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
     Q_PROPERTY(bv::SortRulesModel* sortRules READ sortRules CONSTANT)
     Q_PROPERTY(bv::FolderRulesModel* folderRules READ folderRules CONSTANT)
+    Q_PROPERTY(bv::ArrangeLive* arrange MEMBER arrange_ CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -233,6 +236,7 @@ private:
     SpaceMapModel* spaceMap_ = nullptr;
     SortRulesModel* sortRules_ = nullptr;
     FolderRulesModel* folderRules_ = nullptr;
+    ArrangeLive* arrange_ = nullptr;
 
     bool didStart_ = false;
     bool isRefreshing_ = false;

@@ -109,7 +109,7 @@ ApplicationWindow {
             SpaceMapPage {}
             HistoryPage {}
             PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
-            PlaceholderPage { title: "Auto-Arrange"; tagline: "Files to their folder, by name" }
+            AutoArrangePage {}
         }
     }
 

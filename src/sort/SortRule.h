@@ -11,6 +11,7 @@
 namespace bv {
 
 class CalendarContext;
+struct FileSample;
 
 // How a rule's conditions combine.
 enum class MatchMode { all, any };
@@ -82,6 +83,9 @@ struct SortCondition {
     [[nodiscard]] static SortCondition location(SortPlace p) { return {Type::location, {}, 0, p}; }
 
     [[nodiscard]] bool isText() const { return type != Type::olderThanDays && type != Type::minimumBytes && type != Type::location; }
+    // Whether the file passes this one test at `now` (text compared ignoring case). For
+    // many samples, RuleMatcher does the same work once per rule and once per name.
+    [[nodiscard]] bool matches(const FileSample& sample, TimePoint now) const;
     friend bool operator==(const SortCondition&, const SortCondition&) = default;
 };
 
@@ -122,6 +126,16 @@ struct SortRule {
     [[nodiscard]] std::optional<std::string> destinationName() const;
     // "All of · Move to Invoices · When a file arrives", for the rule list.
     [[nodiscard]] std::string plainSummary() const;
+
+    // Whether the rule applies to the file at `now`: never for a disabled rule, a folder or
+    // a hidden name; extensions are alternatives; with `any`, age and size still gate.
+    [[nodiscard]] bool matches(const FileSample& sample, TimePoint now) const;
+    // The samples the rule matches, in their order.
+    [[nodiscard]] std::vector<FileSample> matching(const std::vector<FileSample>& samples, TimePoint now) const;
+    // The first olderThanDays value, whatever it is.
+    [[nodiscard]] std::optional<std::int64_t> firstAgeDays() const;
+    // Some location condition names the Desktop, so the Desktop has to be gathered too.
+    [[nodiscard]] bool needsDesktop() const;
 };
 
 // The fixed identity of the seeded rule, the same on every machine.

@@ -20,6 +20,18 @@ LoadedSortRules loadSortRuleFiles(const AppPersistence& persistence, TimePoint n
     return loaded;
 }
 
+LoadedSortRules readSortRuleFiles(const AppPersistence& persistence, TimePoint now) {
+    LoadedSortRules loaded;
+    loaded.cleanupRules = persistence.load(CleanupRule::fileName(), cleanupRulesFromJson).value_or(std::vector<CleanupRule>{});
+    if (auto document = persistence.load(SortRuleDocument::fileName(),
+                                         [&](const Json& json) { return SortRuleDocument::fromJson(json, now); })) {
+        loaded.sortRules = std::move(document->rules);
+        return loaded;
+    }
+    for (const auto& old : loaded.cleanupRules) loaded.sortRules.push_back(sortRuleFromCleanupRule(old));
+    return loaded;
+}
+
 std::vector<CleanupRule> cleanupRulesForSaving(const std::vector<SortRule>& rules, const std::vector<CleanupRule>& previous) {
     std::vector<CleanupRule> out;
     for (const auto& rule : rules) {

@@ -21,6 +21,9 @@ struct LoadedSortRules {
 // rebuilt from the older rules, and a non-empty rebuilt list is saved at once.
 [[nodiscard]] LoadedSortRules loadSortRuleFiles(const AppPersistence& persistence, TimePoint now);
 
+// The same reading without writing anything: no copy aside, no save. For the terminal.
+[[nodiscard]] LoadedSortRules readSortRuleFiles(const AppPersistence& persistence, TimePoint now);
+
 // Writes "rules-v2.json" with every rule, then "rules.json" with the sort rules that the
 // older record can still say. A rule keeps the destination bookmark that `previous` (the
 // older list as it stands) holds for the same id.

@@ -28,6 +28,7 @@ std::string platformWording(const std::string& text) {
         {"open the Trash in the Dock and choose Put Back", "open the Trash in your file manager and choose Restore"},
         {"~/Library/Logs/Brimvale", logsFolderForPeople()},
         {"the Dock", "your file manager"},
+        {"in Finder", "in your file manager"},
         {"other APFS volumes", "other volumes"},
         // The rule-folder refusal names Linux's app-data places where it names the Library.
         {"Music, and Library can\u2019t", "Music, and app data such as ~/.local and ~/.config can\u2019t"},
