@@ -17,7 +17,8 @@ const std::vector<CliCommand>& commands() {
         {"map", "map [--json] PATH", "every folder above the size floor under PATH, largest first, with sizes and file counts", runMap},
         {"caches", "caches [--json]", "developer caches and large tool folders in your home, with sizes and what may go", runCaches},
         {"duplicates", "duplicates [--min BYTES] [--json] PATH...", "identical files under the folders, largest first", runDuplicates},
-        {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
+        {"rules", "rules check [--folder] [--json] SENTENCE... | rules preview|list [--json]",
+         "how the rule editor reads each sentence; what the saved Auto-Sort rules would do now; the rules and their matches", runRules},
     };
     return table;
 }
