@@ -288,10 +288,12 @@ TEST_F(SortRun, OlderDownloadsRulesPreviewAndRunOneAtATime) {
     EXPECT_FALSE(exists(downloads + "/setup.dmg"));
 
     ::chmod(downloads.c_str(), 0);
-    int code = runAsNobody([&] {
+    const int code = runAsNobody([&] {
         return SortPreview::previewCleanupRule(trash, downloads, later).warnings ==
                        std::vector<std::string>{kDownloadsUnreadable} ? 0 : 1;
     });
     ::chmod(downloads.c_str(), 0755);
-    if (code >= 0) EXPECT_EQ(code, 0);
+    if (code >= 0) {
+        EXPECT_EQ(code, 0);
+    }
 }
