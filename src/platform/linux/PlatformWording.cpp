@@ -29,6 +29,7 @@ std::string platformWording(const std::string& text) {
         {"~/Library/Logs/Brimvale", logsFolderForPeople()},
         {"the Dock", "your file manager"},
         {"in Finder", "in your file manager"},
+        {"other APFS volumes", "other volumes"},
     };
     std::string out = text;
     for (const auto& [from, to] : table) replaceAll(out, from, to);
