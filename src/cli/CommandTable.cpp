@@ -25,7 +25,8 @@ const std::vector<CliCommand>& commands() {
         {"duplicates", "duplicates [--min BYTES] [--json] PATH...", "identical files under the folders, largest first", runDuplicates},
         {"old-projects", "old-projects [--json] [--days N] PARENT...", "rebuildable folders in projects you have not opened lately, proven by a manifest and ignored by git", runOldProjects},
         {"leftovers", "leftovers [--json]", "what apps that are no longer installed left behind, by owner, with how sure it is", runLeftovers},
-        {"rules", "rules check [--folder] [--json] SENTENCE...", "how the rule editor reads each sentence: the rule, its chips, the words it didn't use", runRules},
+        {"rules", "rules check [--folder] [--json] SENTENCE... | rules preview|list [--json]",
+         "how the rule editor reads each sentence; what the saved Auto-Sort rules would do now; the rules and their matches", runRules},
         {"projects", "projects [--json] PATH... | --look [--json]", "the build folders Build Watch would measure in each project, or the projects it would suggest", runProjects},
         {"autopilot", "autopilot preview|list [--json] ...", "what a folder rule would clean now (preview [--scope children|recursive] FOLDER SENTENCE), or the saved rules", runAutopilot},
     };

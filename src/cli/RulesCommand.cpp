@@ -38,8 +38,12 @@ void printFolderLine(const std::string& sentence, const std::optional<ParsedFold
 
 } // namespace
 
+int runRulesPreviewOrList(const std::string& action, const std::vector<std::string>& options);
+
 int runRules(const std::vector<std::string>& args) {
     const CliCommand& command = *findCommand("rules");
+    if (!args.empty() && (args.front() == "preview" || args.front() == "list"))
+        return runRulesPreviewOrList(args.front(), {args.begin() + 1, args.end()});
     if (args.empty() || args.front() != "check") return usageError(command, args.empty() ? "" : "unknown action " + args.front());
     bool folder = false, json = false, optionsDone = false;
     std::vector<std::string> sentences;

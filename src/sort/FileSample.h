@@ -27,8 +27,10 @@ struct FileSample {
 // `includeUnsettled`, files still being written are left out: partial-download extensions
 // (crdownload, part, partial, download, tmp, opdownload) and files modified less than 60
 // seconds before `now`. A folder that can't be listed gives an empty list.
+// `readOrigins` false leaves whereFroms empty, for callers whose rules never ask where a
+// file came from: reading them costs a call per file.
 [[nodiscard]] std::vector<FileSample> gatherSamples(const std::string& folder, SortPlace place, bool includeUnsettled,
-                                                    TimePoint now);
+                                                    TimePoint now, bool readOrigins = true);
 
 // Where a file was downloaded from: the "user.xdg.origin.url" and "user.xdg.referrer.url"
 // extended attributes that browsers, curl and wget write, in that order, those present.

@@ -33,11 +33,17 @@ std::string SortPreview::cleanupRuleFingerprint(const Uuid& id) { return "rule|"
 
 std::vector<FileSample> SortPreview::gather(const std::vector<SortRule>& rules, const std::string& downloads,
                                             const std::string& desktop, TimePoint now) {
-    std::vector<FileSample> samples = gatherSamples(downloads, SortPlace::downloads, false, now);
+    // Where a file came from is read only when some rule asks.
+    const bool origins = std::any_of(rules.begin(), rules.end(), [](const SortRule& r) {
+        return r.isEnabled && std::any_of(r.conditions.begin(), r.conditions.end(), [](const SortCondition& c) {
+                   return c.type == SortCondition::Type::downloadSource;
+               });
+    });
+    std::vector<FileSample> samples = gatherSamples(downloads, SortPlace::downloads, false, now, origins);
     const bool desktopNeeded =
         std::any_of(rules.begin(), rules.end(), [](const SortRule& r) { return r.isEnabled && r.needsDesktop(); });
     if (desktopNeeded && !desktop.empty()) {
-        auto more = gatherSamples(desktop, SortPlace::desktop, false, now);
+        auto more = gatherSamples(desktop, SortPlace::desktop, false, now, origins);
         samples.insert(samples.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
     }
     return samples;
@@ -78,7 +84,7 @@ SimulationResult SortPreview::previewCleanupRule(const CleanupRule& rule, const 
     if (rule.action != RuleAction::trash && rule.destinationPath && !isFolder(*rule.destinationPath))
         warnings.push_back("Choose the folder again for \u201C" + rule.phrase + "\u201D.");
     const SortRule converted = sortRuleFromCleanupRule(rule);
-    SimulationResult result = simulate({converted}, gatherSamples(downloads, SortPlace::downloads, false, now), now);
+    SimulationResult result = simulate({converted}, gatherSamples(downloads, SortPlace::downloads, false, now, false), now);
     warnings.insert(warnings.end(), result.warnings.begin(), result.warnings.end());
     result.warnings = std::move(warnings);
     return result;

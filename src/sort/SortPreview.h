@@ -18,7 +18,8 @@ struct SortPreview {
     [[nodiscard]] static std::string rulesFingerprint(const std::vector<SortRule>& rules);
     [[nodiscard]] static std::string cleanupRuleFingerprint(const Uuid& id);
 
-    // The settled samples of Downloads, and of the Desktop when some rule names it.
+    // The settled samples of Downloads, and of the Desktop when some rule names it. Origins
+    // are read only when some rule asks where files came from.
     [[nodiscard]] static std::vector<FileSample> gather(const std::vector<SortRule>& rules, const std::string& downloads,
                                                         const std::string& desktop, TimePoint now);
 

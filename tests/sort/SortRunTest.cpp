@@ -15,6 +15,7 @@
 #include "foundation/CalendarContext.h"
 #include "foundation/FileIO.h"
 #include "space/SpaceFixtures.h"
+#include "sort/CleanupRuleRunner.h"
 #include "sort/RulePerformer.h"
 #include "sort/RuleRunEngine.h"
 #include "sort/SortAutoRun.h"
@@ -242,4 +243,47 @@ TEST_F(SortRun, UnwritableFoldersGiveTheSystemsReasonAndLoseNothing) {
                                "c.txt couldn\u2019t be renamed: Permission denied.\n");
     for (const auto& p : {a, b, c}) EXPECT_TRUE(exists(p));
     EXPECT_FALSE(exists(downloads + "/b.zip"));
+}
+
+TEST_F(SortRun, OlderDownloadsRulesPreviewAndRunOneAtATime) {
+    file("setup.dmg");
+    file("paper.pdf");
+    CleanupRule trash;
+    trash.id = Uuid::generate();
+    trash.phrase = "trash dmg files after 3 days";
+    trash.action = RuleAction::trash;
+    trash.extensions = {"dmg"};
+    trash.minimumAgeDays = 3;
+    CleanupRule move = trash;
+    move.phrase = "move pdfs";
+    move.action = RuleAction::move;
+    move.extensions = {"pdf"};
+    move.minimumAgeDays.reset();
+    move.destinationPath = base + "/Papers";
+
+    const TimePoint now = Clock::now();
+    const auto movePreview = SortPreview::previewCleanupRule(move, downloads, now);
+    EXPECT_EQ(movePreview.warnings, std::vector<std::string>{"Choose the folder again for \u201Cmove pdfs\u201D."});
+    const CleanupRuleRunner runner(downloads, kCalendar);
+    EXPECT_EQ(runner.apply(movePreview, {}, move, now).errors,
+              std::vector<std::string>{"Couldn\u2019t update paper.pdf: The destination folder is missing."});
+
+    // The age counts from the arrival in Downloads: a day later is too soon, four days is enough.
+    SimulationResult early = SortPreview::previewCleanupRule(trash, downloads, now + std::chrono::hours(96));
+    EXPECT_EQ(runner.apply(early, {}, trash, now + std::chrono::hours(24)).errors,
+              std::vector<std::string>{"Couldn\u2019t update setup.dmg: The file is newer than the rule allows."});
+    const TimePoint later = now + std::chrono::hours(24 * 4);
+    const auto outcome = runner.apply(SortPreview::previewCleanupRule(trash, downloads, later), {}, trash, later);
+    EXPECT_EQ(outcome.entries.size(), 1u);
+    EXPECT_FALSE(exists(downloads + "/setup.dmg"));
+
+    ::chmod(downloads.c_str(), 0);
+    const int code = runAsNobody([&] {
+        return SortPreview::previewCleanupRule(trash, downloads, later).warnings ==
+                       std::vector<std::string>{kDownloadsUnreadable} ? 0 : 1;
+    });
+    ::chmod(downloads.c_str(), 0755);
+    if (code >= 0) {
+        EXPECT_EQ(code, 0);
+    }
 }
