@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
 #include "core/qt/FolderAccessModel.h"
@@ -23,6 +24,7 @@ TEST(FolderAccessModel, StateAfterStartAndAGrantAndTheRefreshFollows) {
 
     AppModel model(true);
     FolderAccessModel& access = *model.folderAccess();
+    QAbstractItemModelTester newToday(model.space()->newTodayFiles(), QAbstractItemModelTester::FailureReportingMode::Fatal);
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 100, 50}; });
     model.start();
     ASSERT_TRUE(spinUntil([&] { return !access.folderState().homePath.empty() && !model.isRefreshing(); }));
