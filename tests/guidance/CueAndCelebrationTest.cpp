@@ -98,3 +98,20 @@ TEST(SoundVolume, SilentUnlessBothSwitchesAreOn) {
 
 } // namespace
 } // namespace bv
+
+#include "guidance/ReducedMotion.h"
+
+namespace bv {
+namespace {
+
+TEST(ReducedMotion, EnvironmentAndGtkSwitch) {
+    EXPECT_FALSE(reduceMotionFromEnvironment(nullptr));
+    EXPECT_FALSE(reduceMotionFromEnvironment("0"));
+    EXPECT_TRUE(reduceMotionFromEnvironment("1"));
+    EXPECT_EQ(gtkAnimationsEnabled("[Settings]\ngtk-theme-name=Adwaita\n"), std::nullopt);
+    EXPECT_EQ(gtkAnimationsEnabled("[Settings]\ngtk-enable-animations = false\n"), false);
+    EXPECT_EQ(gtkAnimationsEnabled("[Settings]\r\ngtk-enable-animations=1\r\n"), true);
+}
+
+} // namespace
+} // namespace bv
