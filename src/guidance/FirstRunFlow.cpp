@@ -26,11 +26,12 @@ FirstRunFlow::ScanStart FirstRunFlow::continueFromWelcome(bool accessGranted) {
 }
 
 FirstRunFlow::ScanStart FirstRunFlow::continueWithAccess(bool accessGranted) {
-    if (!accessGranted) return {};
+    if (step_ != FirstRunStep::access || !accessGranted) return {};
     return goToScanning();
 }
 
 FirstRunFlow::ScanStart FirstRunFlow::continueWithoutAccess(BrimvaleSettings& settings) {
+    if (step_ != FirstRunStep::access) return {};
     settings.didSkipFullDiskAccess = true;
     return goToScanning();
 }

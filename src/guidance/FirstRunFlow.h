@@ -42,7 +42,8 @@ public:
     // system where file permissions alone decide) the access step has nothing to ask and
     // is passed over.
     [[nodiscard]] ScanStart continueFromWelcome(bool accessGranted);
-    // "Continue" on the access step: goes on only when access is granted.
+    // The access step's two buttons; both act only on that step. "Continue" goes on only
+    // when access is granted.
     [[nodiscard]] ScanStart continueWithAccess(bool accessGranted);
     // "Continue without it": remembers the choice in the settings (save them) and goes on.
     [[nodiscard]] ScanStart continueWithoutAccess(BrimvaleSettings& settings);
