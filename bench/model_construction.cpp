@@ -7,7 +7,8 @@
 
 #include <cstdlib>
 
-#include "core/AppModel.h"
+#include "model/AppModel.h"
+#include "space/qt/SpaceStatus.h"
 #include "core/BrimvaleSettings.h"
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
@@ -38,7 +39,7 @@ void prepareHome() {
 void ModelConstruction(benchmark::State& state) {
     for (auto _ : state) {
         bv::AppModel model(true);
-        benchmark::DoNotOptimize(model.history().observations.size());
+        benchmark::DoNotOptimize(model.space()->history().observations.size());
     }
 }
 BENCHMARK(ModelConstruction)->Unit(benchmark::kMillisecond);

@@ -1,7 +1,6 @@
 // Brimvale's entry point. Terminal commands are answered before any GUI object exists; with
 // no display the overview is printed instead of opening a window.
 #include <QApplication>
-#include <QFileInfo>
 #include <QStringList>
 
 #include <cstdio>
@@ -40,15 +39,6 @@ int main(int argc, char** argv) {
     }
     QStringList forwarded;
     for (const auto& a : args) forwarded << QString::fromLocal8Bit(a.c_str());
-    // The file manager's "Watch with Build Watch" with no folder among its items.
-    if (!forwarded.isEmpty() && forwarded.front() == QLatin1String("--watch-folder")) {
-        bool anyFolder = false;
-        for (const QString& path : forwarded.mid(1)) anyFolder = anyFolder || QFileInfo(path).isDir();
-        if (!anyFolder) {
-            std::fprintf(stderr, "Choose a folder to watch.\n");
-            return 1;
-        }
-    }
     // One instance per user: a later start hands its arguments to the running one and ends.
     // The start-up benchmark always measures a start of its own.
     if (!qEnvironmentVariableIsSet("BV_EXIT_AFTER_FIRST_FRAME") && bv::SingleInstance().handOver(forwarded))

@@ -8,7 +8,9 @@
 
 #include "cli/CliCommand.h"
 #include "clean/qt/SmartCleanModel.h"
-#include "core/AppModel.h"
+#include "model/AppModel.h"
+#include "space/qt/SpaceStatus.h"
+#include "space/qt/StorageSurveyModel.h"
 #include "foundation/ByteText.h"
 #include "foundation/Json.h"
 
@@ -54,21 +56,25 @@ int runOverview(const std::vector<std::string>& args) {
     QTimer::singleShot(30000, &loop, &QEventLoop::quit);
     model.refresh();
     if (model.isRefreshing()) loop.exec();
-    model.noteSessionEnd();
+    // The terminal never ends the window's session: "since your last visit" stays the
+    // window's, so nothing is noted here.
     // What Smart Clean would give back, and the survey that follows the scan, as the window
     // would show them once its first look is done.
-    model.scanDeveloperCaches();
+    SmartCleanModel& smart = *model.smartClean();
+    StorageSurveyModel& survey = *model.survey();
+    smart.scan();
     QEventLoop scans;
     const auto settleScans = [&] {
-        if (!model.devScanning() && !model.storageScanning()) scans.quit();
+        if (!smart.scanning() && !survey.scanning()) scans.quit();
     };
-    QObject::connect(&model, &AppModel::devScanningChanged, &scans, settleScans);
-    QObject::connect(&model, &AppModel::storageScanningChanged, &scans, settleScans);
+    QObject::connect(&smart, &SmartCleanModel::scanningChanged, &scans, settleScans);
+    QObject::connect(&survey, &StorageSurveyModel::scanningChanged, &scans, settleScans);
     QTimer::singleShot(60000, &scans, &QEventLoop::quit);
-    if (model.devScanning() || model.storageScanning()) scans.exec();
-    const std::int64_t reclaimable = model.smartClean()->reclaimableBytes();
+    if (smart.scanning() || survey.scanning()) scans.exec();
+    const std::int64_t reclaimable = smart.reclaimableBytes();
 
-    const VolumeSnapshot& v = model.latest();
+    const SpaceStatus& space = *model.space();
+    const VolumeSnapshot& v = space.latest();
     if (json) {
         Json j = Json::object();
         Json vol = Json::object();
@@ -81,10 +87,10 @@ int runOverview(const std::vector<std::string>& args) {
             vol["totalText"] = byteText(v.totalBytes);
         }
         j["storage"] = vol;
-        j["sinceMidnight"] = deltaJson(model.midnightDelta(), model.midnightDeltaText());
-        j["sinceLastOpen"] = deltaJson(model.lastOpenDelta(), model.lastOpenDeltaText());
+        j["sinceMidnight"] = deltaJson(space.midnightDelta(), space.midnightDeltaText());
+        j["sinceLastOpen"] = deltaJson(space.lastOpenDelta(), space.lastOpenDeltaText());
         Json files = Json::array();
-        for (const auto* list : {&model.desktopFiles(), &model.downloadFiles()})
+        for (const auto* list : {&space.desktopFiles(), &space.downloadFiles()})
             for (const auto& f : *list) {
                 Json row = Json::object();
                 row["location"] = f.location == WatchedLocation::desktop ? "Desktop" : "Downloads";
@@ -97,7 +103,7 @@ int runOverview(const std::vector<std::string>& args) {
             }
         j["newToday"] = files;
         j["reclaimableBytes"] = reclaimable;
-        putDate(j, "updated", model.lastRefresh());
+        putDate(j, "updated", space.lastRefresh());
         std::fputs(encodeJson(j).c_str(), stdout);
         return 0;
     }
@@ -108,8 +114,8 @@ int runOverview(const std::vector<std::string>& args) {
     } else {
         std::printf("  %s free of %s  (%s)\n", byteText(v.freeBytes).c_str(), byteText(v.totalBytes).c_str(),
                     v.volumeName.c_str());
-        const QString midnight = model.midnightDeltaText();
-        const QString lastOpen = model.lastOpenDeltaText();
+        const QString midnight = space.midnightDeltaText();
+        const QString lastOpen = space.lastOpenDeltaText();
         if (!midnight.isEmpty()) std::printf("  %s\n", midnight.toStdString().c_str());
         if (!lastOpen.isEmpty()) std::printf("  %s\n", lastOpen.toStdString().c_str());
     }
@@ -119,13 +125,13 @@ int runOverview(const std::vector<std::string>& args) {
     else
         std::printf("  All tidy. Nothing is waiting to be cleaned.\n");
     std::printf("\nNew today\n");
-    if (model.desktopFiles().empty() && model.downloadFiles().empty()) {
+    if (space.desktopFiles().empty() && space.downloadFiles().empty()) {
         std::printf("  Nothing new on your Desktop or in Downloads.\n");
     } else {
-        printFiles(model.desktopFiles(), "Desktop", model);
-        printFiles(model.downloadFiles(), "Downloads", model);
+        printFiles(space.desktopFiles(), "Desktop", model);
+        printFiles(space.downloadFiles(), "Downloads", model);
     }
-    std::printf("\nUpdated %s\n", model.lastRefreshText().toStdString().c_str());
+    std::printf("\nUpdated %s\n", space.lastRefreshText().toStdString().c_str());
     return 0;
 }
 

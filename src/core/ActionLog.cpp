@@ -4,18 +4,9 @@
 #include <set>
 
 #include "foundation/ByteText.h"
+#include "foundation/Saturating.h"
 
 namespace bv {
-namespace {
-
-// Sizes come from files people can edit; a sum must clamp rather than wrap.
-std::int64_t saturatingAdd(std::int64_t a, std::int64_t b) {
-    std::int64_t out = 0;
-    if (!__builtin_add_overflow(a, b, &out)) return out;
-    return b > 0 ? std::numeric_limits<std::int64_t>::max() : std::numeric_limits<std::int64_t>::min();
-}
-
-} // namespace
 
 LogAddition addLogEntries(std::vector<ActionLogEntry>& log, BrimvaleSettings& settings,
                           const std::vector<ActionLogEntry>& added, TimePoint now, const CalendarContext& calendar) {

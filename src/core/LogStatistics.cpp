@@ -1,6 +1,7 @@
 #include "core/LogStatistics.h"
 
 #include "core/DateTextFormatter.h"
+#include "foundation/Saturating.h"
 
 #include <algorithm>
 #include <limits>
@@ -13,11 +14,6 @@
 namespace bv {
 namespace {
 
-std::int64_t saturatingAdd(std::int64_t a, std::int64_t b) {
-    std::int64_t out = 0;
-    if (!__builtin_add_overflow(a, b, &out)) return out;
-    return b > 0 ? std::numeric_limits<std::int64_t>::max() : std::numeric_limits<std::int64_t>::min();
-}
 
 std::int64_t sumBetween(const std::vector<ActionLogEntry>& log, TimePoint from, std::optional<TimePoint> until) {
     std::int64_t sum = 0;

@@ -170,14 +170,14 @@ Popup {
             Button {
                 visible: sheet.ruleMode
                 text: "Confirm Rule"
-                enabled: !sheet.running
+                enabled: !sheet.running && !sheet.run.closing
                 onClicked: sheet.confirmRuleRequested()
             }
             Button {
                 visible: !sheet.run.selectionHasPermanent
                 text: sheet.ruleMode ? "Run Now" : "Move to Trash"
                 highlighted: true
-                enabled: !sheet.running && sheet.run.selectedCount > 0 && sheet.run.phase === "idle"
+                enabled: !sheet.running && !sheet.run.closing && sheet.run.selectedCount > 0 && sheet.run.phase === "idle"
                 onClicked: sheet.run.confirm()
             }
             HoldToConfirmButton {
@@ -185,7 +185,7 @@ Popup {
                 visible: sheet.run.selectionHasPermanent
                 title: "Hold to Clean"
                 confirmedTitle: "Cleaning…"
-                disabled: sheet.running || sheet.run.selectedCount === 0 || sheet.run.phase !== "idle"
+                disabled: sheet.running || sheet.run.closing || sheet.run.selectedCount === 0 || sheet.run.phase !== "idle"
                 onAction: sheet.run.confirm()
             }
         }

@@ -7,7 +7,7 @@ import Brimvale.Core
 Card {
     id: coverage
     title: "Where the rest of the space is"
-    visible: AppModel.coverageItems.length > 0
+    visible: AppModel.survey.coverageItems.count > 0
 
     Text {
         text: "Your system and other programs manage these. Brimvale does not touch them."
@@ -17,17 +17,17 @@ Card {
         Layout.fillWidth: true
     }
     Repeater {
-        model: AppModel.coverageItems
+        model: AppModel.survey.coverageItems
         delegate: ColumnLayout {
             id: place
-            required property var modelData
+            required property var model
             Layout.fillWidth: true
             Layout.topMargin: 4
             spacing: 2
             RowLayout {
                 Layout.fillWidth: true
                 Text {
-                    text: place.modelData.title
+                    text: place.model.title
                     font.pixelSize: Theme.bodySize
                     font.weight: Font.DemiBold
                     color: Theme.text
@@ -35,21 +35,21 @@ Card {
                     Layout.fillWidth: true
                 }
                 Text {
-                    text: place.modelData.bytes === null ? place.modelData.detail : place.modelData.bytesText
+                    text: place.model.bytesText.length === 0 ? place.model.detail : place.model.bytesText
                     font.pixelSize: Theme.bodySize
-                    color: place.modelData.bytes === null ? Theme.warning : Theme.secondaryText
+                    color: place.model.bytesText.length === 0 ? Theme.warning : Theme.secondaryText
                 }
             }
             Text {
-                visible: place.modelData.bytes !== null
-                text: place.modelData.detail
+                visible: place.model.bytesText.length > 0
+                text: place.model.detail
                 font.pixelSize: Theme.captionSize
                 color: Theme.tertiaryText
                 elide: Text.ElideMiddle
                 Layout.fillWidth: true
             }
             Text {
-                text: place.modelData.howTo
+                text: place.model.howTo
                 font.pixelSize: Theme.captionSize
                 color: Theme.secondaryText
                 wrapMode: Text.Wrap

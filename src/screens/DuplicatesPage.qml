@@ -123,7 +123,7 @@ Item {
             }
 
             RowLayout {
-                visible: page.dup.groups.length > 0
+                visible: page.dup.groups.count > 0
                 Layout.leftMargin: 28
                 Layout.rightMargin: 28
                 Layout.topMargin: 6
@@ -155,21 +155,21 @@ Item {
                 model: page.dup.groups
                 delegate: Card {
                     id: groupCard
-                    required property var modelData
-                    title: modelData.title
-                    trailing: modelData.detail
+                    required property var model
+                    title: model.title
+                    trailing: model.detail
                     Layout.leftMargin: 28
                     Layout.rightMargin: 28
 
                     Repeater {
-                        model: groupCard.modelData.files
+                        model: groupCard.model.files
                         delegate: Rectangle {
                             id: fileRow
-                            required property var modelData
+                            required property var model
                             Layout.fillWidth: true
                             implicitHeight: 46
                             radius: 7
-                            color: modelData.isKept ? Theme.accentSoft : "transparent"
+                            color: model.isKept ? Theme.accentSoft : "transparent"
                             TapHandler {
                                 acceptedButtons: Qt.RightButton
                                 onTapped: fileMenu.popup()
@@ -178,13 +178,13 @@ Item {
                                 id: fileMenu
                                 MenuItem {
                                     text: page.texts.keepThis
-                                    enabled: !fileRow.modelData.isKept
-                                    onTriggered: page.dup.keepCopy(groupCard.modelData.id, fileRow.modelData.path)
+                                    enabled: !fileRow.model.isKept
+                                    onTriggered: page.dup.keepCopy(groupCard.model.key, fileRow.model.path)
                                 }
                                 MenuItem {
                                     text: page.texts.trashOne
-                                    enabled: !fileRow.modelData.isKept
-                                    onTriggered: page.dup.reviewCopy(groupCard.modelData.id, fileRow.modelData.path)
+                                    enabled: !fileRow.model.isKept
+                                    onTriggered: page.dup.reviewCopy(groupCard.model.key, fileRow.model.path)
                                 }
                             }
                             RowLayout {
@@ -196,15 +196,15 @@ Item {
                                     spacing: 1
                                     Layout.fillWidth: true
                                     Text {
-                                        text: fileRow.modelData.name
+                                        text: fileRow.model.name
                                         font.pixelSize: Theme.bodySize
-                                        font.weight: fileRow.modelData.isKept ? Font.DemiBold : Font.Normal
+                                        font.weight: fileRow.model.isKept ? Font.DemiBold : Font.Normal
                                         color: Theme.text
                                         elide: Text.ElideMiddle
                                         Layout.fillWidth: true
                                     }
                                     Text {
-                                        text: fileRow.modelData.folder
+                                        text: fileRow.model.folder
                                         font.pixelSize: Theme.captionSize
                                         color: Theme.secondaryText
                                         elide: Text.ElideMiddle
@@ -212,40 +212,40 @@ Item {
                                     }
                                 }
                                 Text {
-                                    text: fileRow.modelData.sizeText
+                                    text: fileRow.model.sizeText
                                     font.pixelSize: Theme.captionSize
                                     color: Theme.secondaryText
                                 }
                                 Text {
-                                    text: fileRow.modelData.dateText
+                                    text: fileRow.model.dateText
                                     font.pixelSize: Theme.captionSize
                                     color: Theme.secondaryText
                                     Layout.preferredWidth: 86
                                 }
                                 Text {
-                                    text: fileRow.modelData.isKept ? page.texts.keeperMark : page.texts.notKeptMark
+                                    text: fileRow.model.isKept ? page.texts.keeperMark : page.texts.notKeptMark
                                     font.pixelSize: Theme.captionSize
                                     font.weight: Font.DemiBold
-                                    color: fileRow.modelData.isKept ? Theme.positive : Theme.tertiaryText
+                                    color: fileRow.model.isKept ? Theme.positive : Theme.tertiaryText
                                     Layout.preferredWidth: 96
                                 }
                                 // Kept rows hold the same room, so every row's columns line up.
                                 Button {
-                                    opacity: fileRow.modelData.isKept ? 0 : 1
-                                    enabled: !fileRow.modelData.isKept
+                                    opacity: fileRow.model.isKept ? 0 : 1
+                                    enabled: !fileRow.model.isKept
                                     text: page.texts.keepInstead
                                     flat: true
-                                    onClicked: page.dup.keepCopy(groupCard.modelData.id, fileRow.modelData.path)
+                                    onClicked: page.dup.keepCopy(groupCard.model.key, fileRow.model.path)
                                 }
                                 Button {
-                                    opacity: fileRow.modelData.isKept ? 0 : 1
-                                    enabled: !fileRow.modelData.isKept
+                                    opacity: fileRow.model.isKept ? 0 : 1
+                                    enabled: !fileRow.model.isKept
                                     text: "Trash…"
                                     flat: true
                                     Accessible.name: page.texts.trashOne
                                     ToolTip.visible: hovered
                                     ToolTip.text: page.texts.trashOneCaption
-                                    onClicked: page.dup.reviewCopy(groupCard.modelData.id, fileRow.modelData.path)
+                                    onClicked: page.dup.reviewCopy(groupCard.model.key, fileRow.model.path)
                                 }
                             }
                         }
@@ -255,10 +255,10 @@ Item {
                         Item { Layout.fillWidth: true }
                         Button {
                             text: page.texts.cleanGroup
-                            enabled: groupCard.modelData.reclaimableBytes > 0
+                            enabled: groupCard.model.reclaimableBytes > 0
                             ToolTip.visible: hovered
                             ToolTip.text: page.texts.cleanGroupCaption
-                            onClicked: page.dup.reviewGroup(groupCard.modelData.id)
+                            onClicked: page.dup.reviewGroup(groupCard.model.key)
                         }
                     }
                 }

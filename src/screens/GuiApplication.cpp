@@ -8,7 +8,7 @@
 #include <QQuickWindow>
 #include <QTimer>
 
-#include "core/AppModel.h"
+#include "model/AppModel.h"
 #include "core/qt/SingleInstance.h"
 
 void qml_register_types_Brimvale_Core();

@@ -278,7 +278,7 @@ Item {
                 Layout.rightMargin: 12
                 Layout.bottomMargin: 12
                 onClicked: {
-                    AppModel.clearLog()
+                    AppModel.activityLog.clearLog()
                     clearDialog.close()
                 }
             }

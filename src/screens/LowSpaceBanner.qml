@@ -8,11 +8,11 @@ import Brimvale.Core
 // A warning can be hidden until free space drops further; a critical banner cannot.
 Rectangle {
     id: banner
-    readonly property bool critical: AppModel.lowSpaceSeverity === "critical"
+    readonly property bool critical: AppModel.lowSpace.severity === "critical"
     readonly property color tint: critical ? Theme.danger : Theme.warning
-    readonly property bool folded: AppModel.lowSpaceBannerFolded
+    readonly property bool folded: AppModel.lowSpace.bannerFolded
 
-    visible: AppModel.lowSpaceShowsBanner
+    visible: AppModel.lowSpace.showsBanner
     color: Qt.tint(Theme.card, Qt.rgba(tint.r, tint.g, tint.b, 0.12))
     radius: Theme.radius
     border.color: tint
@@ -20,7 +20,7 @@ Rectangle {
     Layout.fillWidth: true
 
     Accessible.role: Accessible.AlertMessage
-    Accessible.name: AppModel.lowSpaceBannerText
+    Accessible.name: AppModel.lowSpace.bannerText
 
     // Folded: the line and a way back to the full banner.
     RowLayout {
@@ -36,7 +36,7 @@ Rectangle {
             color: banner.tint
         }
         Text {
-            text: AppModel.lowSpaceBannerText
+            text: AppModel.lowSpace.bannerText
             font.pixelSize: Theme.bodySize
             font.weight: Font.DemiBold
             color: Theme.text
@@ -46,7 +46,7 @@ Rectangle {
         Button {
             text: "Show"
             flat: true
-            onClicked: AppModel.setLowSpaceBannerFolded(false)
+            onClicked: AppModel.lowSpace.setBannerFolded(false)
         }
     }
 
@@ -73,7 +73,7 @@ Rectangle {
                 }
             }
             Text {
-                text: AppModel.lowSpaceBannerText
+                text: AppModel.lowSpace.bannerText
                 font.pixelSize: Theme.headingSize
                 font.weight: Font.DemiBold
                 color: Theme.text
@@ -88,7 +88,7 @@ Rectangle {
             }
             Button {
                 text: "Dismiss"
-                onClicked: AppModel.foldLowSpaceBanner()
+                onClicked: AppModel.lowSpace.foldBanner()
             }
         }
         // Only a warning can be hidden; at critical the banner stays until space comes back.
@@ -97,7 +97,7 @@ Rectangle {
             text: "Hide this warning until free space drops further"
             flat: true
             font.pixelSize: Theme.captionSize
-            onClicked: AppModel.hideLowSpaceNotice()
+            onClicked: AppModel.lowSpace.hideNotice()
         }
     }
 }

@@ -134,26 +134,20 @@ ApplicationWindow {
 
     CleanupSheet { id: cleanupSheet }
 
-    Dialog {
+    MessageDialog {
         id: errorDialog
         title: "Something went wrong"
-        modal: true
-        anchors.centerIn: parent
-        standardButtons: Dialog.Ok
-        visible: AppModel.errorMessage.length > 0
-        onClosed: AppModel.dismissError()
-        Label { text: AppModel.errorMessage; wrapMode: Text.WordWrap; width: 360 }
+        message: AppModel.messages.errorMessage
+        visible: AppModel.messages.errorMessage.length > 0
+        onClosed: AppModel.messages.dismissError()
     }
 
-    Dialog {
+    MessageDialog {
         id: noticeDialog
-        title: AppModel.cleanupNoticeTitle
-        modal: true
-        anchors.centerIn: parent
-        standardButtons: Dialog.Ok
+        title: AppModel.messages.cleanupNoticeTitle
+        message: AppModel.messages.cleanupNoticeMessage
         // An error goes first: only one alert is up at a time.
-        visible: AppModel.hasCleanupNotice && AppModel.errorMessage.length === 0
-        onClosed: AppModel.dismissCleanupNotice()
-        Label { text: AppModel.cleanupNoticeMessage; wrapMode: Text.WordWrap; width: 360 }
+        visible: AppModel.messages.hasCleanupNotice && AppModel.messages.errorMessage.length === 0
+        onClosed: AppModel.messages.dismissCleanupNotice()
     }
 }

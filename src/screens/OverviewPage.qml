@@ -32,22 +32,22 @@ Item {
             Card {
                 id: storage
                 title: "Storage"
-                trailing: AppModel.storageScanning || AppModel.isRefreshing ? "Scanning…" : AppModel.volumeName
+                trailing: AppModel.survey.scanning || AppModel.smartClean.scanning ? "Scanning…" : AppModel.space.volumeName
                 Layout.leftMargin: 28
                 Layout.rightMargin: 28
-                readonly property bool measured: AppModel.totalBytes >= 1
+                readonly property bool measured: AppModel.space.totalBytes >= 1
 
                 RowLayout {
                     visible: storage.measured
                     spacing: 6
                     Text {
-                        text: AppModel.freeText
+                        text: AppModel.space.freeText
                         font.pixelSize: 28
                         font.weight: Font.Bold
                         color: Theme.text
                     }
                     Text {
-                        text: " free of " + AppModel.totalText
+                        text: " free of " + AppModel.space.totalText
                         font.pixelSize: Theme.headingSize
                         color: Theme.secondaryText
                         Layout.alignment: Qt.AlignBaseline
@@ -57,14 +57,14 @@ Item {
                     visible: storage.measured
                 }
                 Text {
-                    visible: storage.measured && AppModel.midnightDeltaText.length > 0
-                    text: AppModel.midnightDeltaText
+                    visible: storage.measured && AppModel.space.midnightDeltaText.length > 0
+                    text: AppModel.space.midnightDeltaText
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                 }
                 Text {
-                    visible: storage.measured && AppModel.lastOpenDeltaText.length > 0
-                    text: AppModel.lastOpenDeltaText
+                    visible: storage.measured && AppModel.space.lastOpenDeltaText.length > 0
+                    text: AppModel.space.lastOpenDeltaText
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                 }
@@ -91,7 +91,7 @@ Item {
                     visible: storage.measured
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
-                    text: "Folder categories are estimates. Other used space includes unmeasured files, snapshots, and other volumes."
+                    text: AppModel.survey.footnote
                     font.pixelSize: Theme.captionSize
                     color: Theme.tertiaryText
                 }
@@ -103,7 +103,7 @@ Item {
                 title: "Ready to reclaim"
                 Layout.leftMargin: 28
                 Layout.rightMargin: 28
-                readonly property bool scanning: AppModel.devScanning || AppModel.storageScanning
+                readonly property bool scanning: AppModel.smartClean.scanning || AppModel.survey.scanning
                 readonly property bool hasSome: AppModel.smartClean.reclaimableBytes > 0
 
                 RowLayout {
@@ -146,7 +146,7 @@ Item {
                 }
                 Text {
                     visible: text.length > 0
-                    text: AppModel.afterCleanLine
+                    text: AppModel.cleanRun.afterCleanLine
                     font.pixelSize: Theme.bodySize
                     color: Theme.positive
                 }
@@ -186,16 +186,16 @@ Item {
                 Layout.leftMargin: 28
                 Layout.rightMargin: 28
                 Text {
-                    visible: AppModel.newTodayFiles.length === 0
+                    visible: AppModel.space.newTodayFiles.count === 0
                     text: "Nothing new on your Desktop or in Downloads."
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                 }
                 Repeater {
-                    model: AppModel.newTodayFiles
+                    model: AppModel.space.newTodayFiles
                     delegate: RowLayout {
                         id: fileRow
-                        required property var modelData
+                        required property var model
                         Layout.fillWidth: true
                         spacing: 10
                         Rectangle {
@@ -205,7 +205,7 @@ Item {
                             color: Theme.accentSoft
                             Text {
                                 anchors.centerIn: parent
-                                text: fileRow.modelData.location === "Desktop" ? "▣" : "↓"
+                                text: fileRow.model.location === "Desktop" ? "▣" : "↓"
                                 color: Theme.accent
                                 font.pixelSize: 14
                             }
@@ -214,20 +214,20 @@ Item {
                             spacing: 0
                             Layout.fillWidth: true
                             Text {
-                                text: fileRow.modelData.name
+                                text: fileRow.model.name
                                 font.pixelSize: Theme.bodySize
                                 color: Theme.text
                                 elide: Text.ElideMiddle
                                 Layout.fillWidth: true
                             }
                             Text {
-                                text: fileRow.modelData.kind + " · " + fileRow.modelData.location + " · " + fileRow.modelData.addedText
+                                text: fileRow.model.kind + " · " + fileRow.model.location + " · " + fileRow.model.addedText
                                 font.pixelSize: Theme.captionSize
                                 color: Theme.tertiaryText
                             }
                         }
                         Text {
-                            text: fileRow.modelData.sizeText
+                            text: fileRow.model.sizeText
                             font.pixelSize: Theme.bodySize
                             color: Theme.secondaryText
                         }

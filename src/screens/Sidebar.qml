@@ -75,14 +75,18 @@ Rectangle {
                                     font.pixelSize: Theme.bodySize
                                     font.weight: row.isSelected ? Font.DemiBold : Font.Normal
                                     color: row.isSelected ? Theme.accent : Theme.text
+                                    // The title keeps its whole width; the badge gives way.
                                     Layout.fillWidth: true
-                                    elide: Text.ElideRight
+                                    Layout.minimumWidth: implicitWidth
                                 }
                                 Text {
                                     text: group.badgeTexts[row.modelData.name] || ""
                                     visible: text.length > 0
                                     font.pixelSize: Theme.captionSize
                                     color: Theme.secondaryText
+                                    elide: Text.ElideRight
+                                    Layout.maximumWidth: implicitWidth
+                                    Layout.fillWidth: true
                                 }
                                 Text {
                                     text: "Ctrl+" + row.modelData.key

@@ -9,7 +9,7 @@ import Brimvale.Core
 Item {
     id: page
     readonly property var smart: AppModel.smartClean
-    readonly property bool scanning: AppModel.devScanning
+    readonly property bool scanning: page.smart.scanning
 
     Shortcut {
         sequence: "Ctrl+Return"
@@ -47,7 +47,7 @@ Item {
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                     elide: Text.ElideRight
-                    text: page.scanning ? (AppModel.devProgress.length > 0 ? AppModel.devProgress : "Scanning…")
+                    text: page.scanning ? (page.smart.progress.length > 0 ? page.smart.progress : "Scanning…")
                         : !page.smart.hasScanned ? ""
                         : page.smart.selectedCount > 0
                             ? page.smart.selectedCount + (page.smart.selectedCount === 1 ? " item" : " items") + " selected · " + page.smart.selectedText
@@ -68,7 +68,7 @@ Item {
                 Button {
                     text: "Rescan"
                     enabled: !page.scanning
-                    onClicked: AppModel.scanDeveloperCaches()
+                    onClicked: page.smart.scan()
                 }
                 Button {
                     text: "Preview…"
@@ -81,7 +81,7 @@ Item {
             }
 
             Text {
-                visible: page.smart.hasScanned && !page.scanning && page.smart.cards.length === 0
+                visible: page.smart.hasScanned && !page.scanning && page.smart.cards.count === 0
                 Layout.leftMargin: 28
                 Layout.rightMargin: 28
                 Layout.fillWidth: true
@@ -95,44 +95,44 @@ Item {
                 model: page.smart.cards
                 delegate: Card {
                     id: card
-                    required property var modelData
-                    title: modelData.title
-                    trailing: modelData.totalText + " · " + modelData.safety
+                    required property var model
+                    title: model.title
+                    trailing: model.totalText + " · " + model.safety
                     Layout.leftMargin: 28
                     Layout.rightMargin: 28
 
                     Text {
-                        visible: card.modelData.keptLine.length > 0
-                        text: card.modelData.keptLine
+                        visible: card.model.keptLine.length > 0
+                        text: card.model.keptLine
                         font.pixelSize: Theme.captionSize
                         color: Theme.positive
                     }
                     Repeater {
-                        model: card.modelData.rows.concat(card.modelData.smallRows)
+                        model: card.model.rows
                         delegate: DevRow {}
                     }
                     RowLayout {
                         Layout.fillWidth: true
                         Text {
                             Layout.fillWidth: true
-                            visible: card.modelData.hiddenCount > 0 && !page.smart.showSmallItems
-                            text: card.modelData.hiddenCount + (card.modelData.hiddenCount === 1 ? " small item" : " small items") + " hidden"
+                            visible: card.model.hiddenCount > 0 && !page.smart.showSmallItems
+                            text: card.model.hiddenCount + (card.model.hiddenCount === 1 ? " small item" : " small items") + " hidden"
                             font.pixelSize: Theme.captionSize
                             color: Theme.tertiaryText
                         }
                         Item { Layout.fillWidth: true }
                         Button {
                             flat: true
-                            visible: card.modelData.choosableCount > 0
-                            text: card.modelData.allTicked ? "Clear this group" : "Select this group"
-                            onClicked: page.smart.setCardSelected(card.modelData.id, !card.modelData.allTicked)
+                            visible: card.model.choosableCount > 0
+                            text: card.model.allTicked ? "Clear this group" : "Select this group"
+                            onClicked: page.smart.setCardSelected(card.model.key, !card.model.allTicked)
                         }
                     }
                 }
             }
 
             Card {
-                visible: page.smart.reviewRows.length > 0
+                visible: page.smart.reviewRows.count > 0
                 title: "Shown for size only"
                 trailing: "Smart Clean will not remove these"
                 Layout.leftMargin: 28
@@ -149,16 +149,16 @@ Item {
     // One place on disk: tick, title, where it is and why, badge, size.
     component DevRow: RowLayout {
         id: row
-        required property var modelData
+        required property var model
         property bool checkable: true
         Layout.fillWidth: true
         spacing: 10
         CheckBox {
             visible: row.checkable
-            enabled: row.modelData.selectable && !page.scanning
-            checked: row.modelData.selected
-            Accessible.name: "Select " + row.modelData.title
-            onToggled: page.smart.setRowSelected(row.modelData.id, checked)
+            enabled: row.model.selectable && !page.scanning
+            checked: row.model.selected
+            Accessible.name: "Select " + row.model.title
+            onToggled: page.smart.setRowSelected(row.model.key, checked)
         }
         ColumnLayout {
             Layout.fillWidth: true
@@ -166,13 +166,13 @@ Item {
             RowLayout {
                 spacing: 6
                 Text {
-                    text: row.modelData.title
+                    text: row.model.title
                     font.pixelSize: Theme.bodySize
                     font.weight: Font.DemiBold
                     color: Theme.text
                 }
                 Rectangle {
-                    visible: row.modelData.badge.length > 0
+                    visible: row.model.badge.length > 0
                     radius: 4
                     color: Theme.accentSoft
                     implicitWidth: badgeText.implicitWidth + 10
@@ -180,7 +180,7 @@ Item {
                     Text {
                         id: badgeText
                         anchors.centerIn: parent
-                        text: row.modelData.badge
+                        text: row.model.badge
                         font.pixelSize: Theme.captionSize
                         color: Theme.accent
                     }
@@ -188,7 +188,7 @@ Item {
             }
             Text {
                 Layout.fillWidth: true
-                text: row.modelData.path
+                text: row.model.path
                 font.pixelSize: Theme.captionSize
                 color: Theme.tertiaryText
                 elide: Text.ElideMiddle
@@ -196,14 +196,24 @@ Item {
             Text {
                 Layout.fillWidth: true
                 visible: text.length > 0
-                text: row.modelData.blockedReason.length > 0 ? row.modelData.blockedReason : row.modelData.note
+                text: row.model.blockedReason.length > 0 ? row.model.blockedReason : row.model.note
                 font.pixelSize: Theme.captionSize
                 color: Theme.secondaryText
                 wrapMode: Text.WordWrap
             }
+            // The tool's own command, for people who prefer to run it themselves.
+            Text {
+                Layout.fillWidth: true
+                visible: row.model.toolCommand.length > 0
+                text: row.model.toolCommand
+                font.pixelSize: Theme.captionSize
+                font.family: "monospace"
+                color: Theme.secondaryText
+                elide: Text.ElideRight
+            }
         }
         Text {
-            text: row.modelData.sizeText
+            text: row.model.sizeText
             font.pixelSize: Theme.bodySize
             font.family: "monospace"
             color: Theme.text

@@ -191,7 +191,7 @@ Item {
                         Layout.fillWidth: true
                         Layout.minimumWidth: 280
                         implicitHeight: 340
-                        readonly property var tiles: page.sm.nodeChildren.length >= 0 && width > 0
+                        readonly property var tiles: page.sm.trail.length >= 0 && width > 0
                                                      ? page.sm.treemap(width, height) : []
                         Rectangle { anchors.fill: parent; color: "#eef0f4"; radius: 6 }
                         Repeater {
@@ -255,7 +255,8 @@ Item {
                         Repeater {
                             model: page.sm.nodeChildren
                             delegate: Rectangle {
-                                required property var modelData
+                                id: childRow
+                                required property var model
                                 Layout.fillWidth: true
                                 implicitHeight: 40
                                 radius: 6
@@ -269,17 +270,17 @@ Item {
                                         Layout.fillWidth: true
                                         Rectangle {
                                             implicitWidth: 10; implicitHeight: 10; radius: 2
-                                            color: Theme.segmentColors[modelData.colorIndex % (Theme.segmentColors.length - 1)]
+                                            color: Theme.segmentColors[childRow.model.colorIndex % (Theme.segmentColors.length - 1)]
                                         }
                                         Text {
-                                            text: modelData.name
+                                            text: childRow.model.name
                                             elide: Text.ElideMiddle
                                             font.pixelSize: Theme.bodySize
                                             color: Theme.text
                                             Layout.fillWidth: true
                                         }
                                         Text {
-                                            text: modelData.bytesText
+                                            text: childRow.model.bytesText
                                             font.pixelSize: Theme.bodySize
                                             font.weight: Font.DemiBold
                                             color: Theme.text
@@ -291,7 +292,7 @@ Item {
                                         radius: 2
                                         color: "#e6e9ef"
                                         Rectangle {
-                                            width: parent.width * modelData.share
+                                            width: parent.width * childRow.model.share
                                             height: parent.height
                                             radius: 2
                                             color: Theme.accent
@@ -303,7 +304,7 @@ Item {
                                     anchors.fill: parent
                                     hoverEnabled: true
                                     cursorShape: Qt.PointingHandCursor
-                                    onClicked: page.sm.openChild(modelData.path)
+                                    onClicked: page.sm.openChild(childRow.model.path)
                                 }
                             }
                         }
@@ -335,7 +336,8 @@ Item {
                 Repeater {
                     model: page.sm.snapshots
                     delegate: RowLayout {
-                        required property var modelData
+                        id: snapshotRow
+                        required property var model
                         Layout.fillWidth: true
                         spacing: 10
                         Text {

@@ -10,7 +10,7 @@ ColumnLayout {
     spacing: 8
     Layout.fillWidth: true
 
-    readonly property var segments: AppModel.storageSegments
+    readonly property var segments: AppModel.survey.segments
     readonly property bool surveyed: segments.length > 0
 
     // A piece of colour for one category; free space is the light one.
@@ -50,7 +50,7 @@ ColumnLayout {
         }
         Rectangle {
             visible: !storageBar.surveyed
-            width: AppModel.totalBytes > 0 ? parent.width * (1 - AppModel.freeBytes / AppModel.totalBytes) : 0
+            width: AppModel.space.totalBytes > 0 ? parent.width * (1 - AppModel.space.freeBytes / AppModel.space.totalBytes) : 0
             height: parent.height
             radius: 7
             color: Theme.accent
@@ -92,8 +92,8 @@ ColumnLayout {
     }
 
     Text {
-        visible: AppModel.surveyStatus.length > 0
-        text: AppModel.surveyStatus + (AppModel.surveyBytesText.length > 0 ? "  " + AppModel.surveyBytesText : "")
+        visible: AppModel.survey.status.length > 0
+        text: AppModel.survey.status + (AppModel.survey.bytesText.length > 0 ? "  " + AppModel.survey.bytesText : "")
         font.pixelSize: Theme.captionSize
         color: Theme.tertiaryText
     }

@@ -7,10 +7,10 @@ Card {
     id: topUsers
     title: "Top space users"
 
-    readonly property var folders: AppModel.topFolders
+    readonly property var folders: AppModel.survey.topFolders
 
     Text {
-        visible: topUsers.folders.length === 0
+        visible: topUsers.folders.count === 0
         text: "Large folders show up here after the first look through your disk."
         font.pixelSize: Theme.bodySize
         color: Theme.secondaryText
@@ -21,27 +21,20 @@ Card {
         model: topUsers.folders
         delegate: ColumnLayout {
             id: folderRow
-            required property var modelData
-            // Each row's bar is measured against the largest folder of the list.
-            readonly property real largest: {
-                const folders = AppModel.topFolders
-                let most = 0
-                for (let i = 0; i < folders.length; ++i) most = Math.max(most, folders[i].bytes)
-                return most
-            }
+            required property var model
             Layout.fillWidth: true
             spacing: 3
             RowLayout {
                 Layout.fillWidth: true
                 Text {
-                    text: folderRow.modelData.name
+                    text: folderRow.model.name
                     font.pixelSize: Theme.bodySize
                     color: Theme.text
                     elide: Text.ElideRight
                     Layout.fillWidth: true
                 }
                 Text {
-                    text: folderRow.modelData.bytesText
+                    text: folderRow.model.bytesText
                     font.pixelSize: Theme.bodySize
                     color: Theme.secondaryText
                 }
@@ -52,7 +45,8 @@ Card {
                 radius: 2
                 color: Theme.accentSoft
                 Rectangle {
-                    width: folderRow.largest > 0 ? parent.width * folderRow.modelData.bytes / folderRow.largest : 0
+                    // Each row's bar is measured against the largest folder of the list.
+                    width: parent.width * folderRow.model.share
                     height: parent.height
                     radius: 2
                     color: Theme.accent

@@ -1,4 +1,5 @@
 #include "space/LowSpaceAlerts.h"
+#include "foundation/Saturating.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,7 +14,6 @@ constexpr std::int64_t kSizeMargin = 5 * kGigabyte;
 constexpr auto kReminderGap = std::chrono::seconds(86400);
 
 // a + b for non-negative a and b, stopping at the largest value instead of wrapping.
-std::int64_t saturatingAdd(std::int64_t a, std::int64_t b) { return a > kMax - b ? kMax : a + b; }
 
 struct Candidate {
     std::int64_t limit = 0;

@@ -6,7 +6,13 @@
 #include <QTest>
 
 #include "core/ActionLog.h"
-#include "core/AppModel.h"
+#include "core/qt/ActivityLog.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/Messages.h"
+#include "core/qt/Settings.h"
+#include "core/qt/WatchRequests.h"
+#include "model/AppModel.h"
+#include "space/SpaceHistory.h"
 #include "core/qt/NotificationRouter.h"
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
@@ -45,24 +51,25 @@ TEST_F(AppModelLogTest, AddingSavesBothFilesAndTheScreenFiguresFollow) {
     pin(model);
     QAbstractItemModelTester tester(model.activityLog()->entries(),
                                     QAbstractItemModelTester::FailureReportingMode::Fatal);
-    QSignalSpy changed(&model, &AppModel::logEntriesChanged);
+    ActivityLog* log = model.activityLog();
+    QSignalSpy changed(log, &ActivityLog::logEntriesChanged);
 
-    model.addLogEntries({entry("Cleared npm cache", 900'000'000, kCalendar.date(2026, 11, 16, 9)),
+    log->addLogEntries({entry("Cleared npm cache", 900'000'000, kCalendar.date(2026, 11, 16, 9)),
                          entry("Moved report.pdf", 0, kCalendar.date(2026, 11, 16, 9), "/home/u/Downloads/report.pdf")});
-    model.addLogEntries({entry("Removed old build output", 5'100'000'000, kCalendar.date(2026, 11, 17, 10))});
+    log->addLogEntries({entry("Removed old build output", 5'100'000'000, kCalendar.date(2026, 11, 17, 10))});
     EXPECT_EQ(changed.count(), 2);
 
     // Both files hold what the model holds.
-    const auto saved = loadLog(model.store());
-    EXPECT_EQ(saved, model.logEntries());
+    const AppPersistence& store = model.context().store;
+    const auto saved = loadLog(store);
+    EXPECT_EQ(saved, log->logEntries());
     EXPECT_EQ(saved.front().title, "Removed old build output");
-    const auto settings = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    const auto settings = store.load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
     ASSERT_TRUE(settings);
     EXPECT_EQ(settings->lifetimeBytesFreed, 6'000'000'000);
     EXPECT_EQ(settings->lifetimeCleanups, 2);
     EXPECT_EQ(settings->lastMilestoneBytes, 5'000'000'000);
 
-    ActivityLog* log = model.activityLog();
     EXPECT_EQ(log->weekBadge(), "6 GB");
     EXPECT_EQ(log->weekCaption(), "freed since Monday");
     EXPECT_EQ(log->lifetimeText(), "6 GB freed across 2 cleanups");
@@ -82,18 +89,31 @@ TEST_F(AppModelLogTest, AddingSavesBothFilesAndTheScreenFiguresFollow) {
     EXPECT_EQ(log->dayTotals().value("Yesterday").toString(), "") << "a day's total counts only what the search kept";
     EXPECT_FALSE(log->dayTotals().contains("Today"));
 
+    log->setQuery("");
+    // A refresh that changes nothing leaves the list alone: no reset, no row change.
+    QSignalSpy reset(rows, &QAbstractItemModel::modelReset);
+    QSignalSpy dataChanged(rows, &QAbstractItemModel::dataChanged);
+    QSignalSpy inserted(rows, &QAbstractItemModel::rowsInserted);
+    for (int i = 0; i < 3; ++i) log->recompute();
+    model.applySnapshot(VolumeSnapshot{kNow, "Disk", 500'000'000'000, 80'000'000'000});
+    EXPECT_EQ(reset.count() + dataChanged.count() + inserted.count(), 0);
+    // A new entry is one inserted row, not a new list.
+    log->addLogEntries({entry("one more", 1, kNow)});
+    EXPECT_EQ(inserted.count(), 1);
+    EXPECT_EQ(reset.count(), 0);
+
     // Clearing empties History and its file, and keeps the counters.
-    model.clearLog();
+    log->clearLog();
     EXPECT_TRUE(log->isEmpty());
     EXPECT_EQ(rows->rowCount(), 0);
-    EXPECT_TRUE(loadLog(model.store()).empty());
-    EXPECT_TRUE(test::exists(model.store().pathOf(kLogFileName)));
-    EXPECT_EQ(model.settings().lifetimeBytesFreed, 6'000'000'000);
+    EXPECT_TRUE(loadLog(store).empty());
+    EXPECT_TRUE(test::exists(store.pathOf(kLogFileName)));
+    EXPECT_EQ(model.settings()->value().lifetimeBytesFreed, 6'000'000'001);
 
     // A new model reads the same log back.
-    model.addLogEntries({entry("again", 1, kNow)});
+    log->addLogEntries({entry("again", 1, kNow)});
     AppModel reopened(true);
-    EXPECT_EQ(reopened.logEntries(), model.logEntries());
+    EXPECT_EQ(reopened.activityLog()->logEntries(), log->logEntries());
 }
 
 TEST_F(AppModelLogTest, StartFillsTheCountersFromAnOlderLogOnce) {
@@ -106,11 +126,11 @@ TEST_F(AppModelLogTest, StartFillsTheCountersFromAnOlderLogOnce) {
     AppModel model(true);
     pin(model);
     model.start();
-    EXPECT_EQ(model.settings().lifetimeBytesFreed, 6'000'000'000);
-    EXPECT_EQ(model.settings().lifetimeCleanups, 2);
-    EXPECT_EQ(model.settings().lastMilestoneBytes, 5'000'000'000);
+    EXPECT_EQ(model.settings()->value().lifetimeBytesFreed, 6'000'000'000);
+    EXPECT_EQ(model.settings()->value().lifetimeCleanups, 2);
+    EXPECT_EQ(model.settings()->value().lastMilestoneBytes, 5'000'000'000);
     // The backfill is saved, so the next start leaves it alone.
-    const auto settings = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    const auto settings = model.context().store.load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
     ASSERT_TRUE(settings);
     EXPECT_EQ(settings->lifetimeCleanups, 2);
 }
@@ -135,17 +155,17 @@ TEST_F(AppModelLogTest, NotificationClicksAndLinksReachTheModel) {
     // A scan link without a source: a pass, and no banner.
     EXPECT_TRUE(model.handleLink(QUrl("brimvale://scan?need=12")));
     ASSERT_TRUE(QTest::qWaitFor([&] { return pass.count() == 1; }, 2000));
-    EXPECT_TRUE(model.banner().isEmpty());
+    EXPECT_TRUE(model.messages()->bannerText().isEmpty());
 
     // Watch links only remember the folder; a bad one does nothing at all.
     raised.clear();
     EXPECT_FALSE(model.handleLink(QUrl("brimvale://watch")));
     EXPECT_FALSE(model.handleLink(QUrl("brimvale://elsewhere?path=/x")));
     EXPECT_EQ(raised.count(), 0);
-    EXPECT_TRUE(model.pendingWatchPath().isEmpty());
+    EXPECT_TRUE(model.watchRequests()->pendingPath().isEmpty());
     EXPECT_TRUE(model.handleLink(QUrl("brimvale://watch?path=/srv/My%20App")));
-    EXPECT_EQ(model.pendingWatchPath(), "/srv/My App");
-    EXPECT_TRUE(model.pendingWatchFromLink());
+    EXPECT_EQ(model.watchRequests()->pendingPath(), "/srv/My App");
+    EXPECT_TRUE(model.watchRequests()->fromLink());
 
     // The file manager's folder action takes the first folder, and refuses files.
     const std::string dir = test::TestEnvironment::freshFolder("watch me");
@@ -153,27 +173,28 @@ TEST_F(AppModelLogTest, NotificationClicksAndLinksReachTheModel) {
     EXPECT_EQ(model.watchFolderService({QString::fromStdString(dir + "/file.txt")}), "Choose a folder to watch.");
     EXPECT_EQ(model.watchFolderService({}), "Choose a folder to watch.");
     EXPECT_FALSE(model.watchFolderService({QString::fromStdString(dir + "/file.txt"), QString::fromStdString(dir)}));
-    EXPECT_EQ(model.pendingWatchPath().toStdString(), dir);
-    EXPECT_FALSE(model.pendingWatchFromLink());
+    EXPECT_EQ(model.watchRequests()->pendingPath().toStdString(), dir);
+    EXPECT_FALSE(model.watchRequests()->fromLink());
 }
 
 TEST_F(AppModelLogTest, LaunchAtLoginFallsBackToTheSystemsAnswerOnFailure) {
     AppModel model(true);
-    model.setLaunchAtLogin(true);
-    EXPECT_TRUE(model.settings().launchAtLogin);
-    EXPECT_EQ(model.loginItemStatus(), "enabled");
-    EXPECT_TRUE(model.errorMessage().isEmpty());
-    model.setLaunchAtLogin(false);
-    EXPECT_EQ(model.loginItemStatus(), "off");
+    Settings& settings = *model.settings();
+    settings.setLaunchAtLogin(true);
+    EXPECT_TRUE(settings.value().launchAtLogin);
+    EXPECT_EQ(settings.loginItemStatus(), "enabled");
+    EXPECT_TRUE(model.messages()->errorText().isEmpty());
+    settings.setLaunchAtLogin(false);
+    EXPECT_EQ(settings.loginItemStatus(), "off");
 
     // A file where the autostart folder belongs: registering fails even for root.
     test::removeTree(XdgPaths::configHome() + "/autostart");
     test::writeFile(XdgPaths::configHome() + "/autostart", "in the way");
-    model.setLaunchAtLogin(true);
-    EXPECT_FALSE(model.settings().launchAtLogin) << "the field takes what the system reports";
-    EXPECT_TRUE(model.errorMessage().startsWith("Launch at login couldn’t be changed. The autostart folder "))
-        << model.errorMessage().toStdString();
-    const auto saved = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    settings.setLaunchAtLogin(true);
+    EXPECT_FALSE(settings.value().launchAtLogin) << "the field takes what the system reports";
+    const QString error = model.messages()->errorText();
+    EXPECT_TRUE(error.startsWith("Launch at login couldn’t be changed. The autostart folder ")) << error.toStdString();
+    const auto saved = model.context().store.load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
     ASSERT_TRUE(saved);
     EXPECT_FALSE(saved->launchAtLogin);
 }

@@ -6,7 +6,14 @@
 #include <atomic>
 #include <semaphore>
 
-#include "core/AppModel.h"
+#include "model/AppModel.h"
+#include "clean/qt/SmartCleanModel.h"
+#include "core/qt/AppClock.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/Messages.h"
+#include "core/qt/Settings.h"
+#include "space/qt/SpaceStatus.h"
+#include "space/qt/StorageSurveyModel.h"
 #include "core/ClockSchedule.h"
 #include "core/qt/RepeatingClock.h"
 #include "foundation/FileIO.h"
@@ -43,23 +50,22 @@ TEST_F(AppModelTest, WithoutLiveDataNothingIsReadWrittenOrStarted) {
     model.start();
     model.refresh();
     model.noteSessionEnd();
-    model.scanDeveloperCaches();
+    model.smartClean()->scan();
     QCoreApplication::processEvents();
     EXPECT_FALSE(model.didStart());
     EXPECT_FALSE(model.isRefreshing());
     EXPECT_FALSE(model.clock()->isRunning());
     EXPECT_EQ(reads, 0);
-    EXPECT_FALSE(model.store().directory());
+    EXPECT_FALSE(model.context().store.directory());
     EXPECT_FALSE(test::exists(dataDir()));
 }
 
 TEST_F(AppModelTest, ConstructionMakesAnInstallationIDAndStartRunsOnce) {
     AppModel model(true);
-    EXPECT_TRUE(model.storageScanning());
-    EXPECT_FALSE(model.settings().installationID.empty());
-    auto saved = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    EXPECT_FALSE(model.settings()->value().installationID.empty());
+    auto saved = model.context().store.load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
     ASSERT_TRUE(saved);
-    EXPECT_EQ(saved->installationID, model.settings().installationID);
+    EXPECT_EQ(saved->installationID, model.settings()->value().installationID);
 
     int reads = 0;
     model.setVolumeReader([&](const std::string&, TimePoint now) { ++reads; return fakeVolume(now, 7); });
@@ -83,13 +89,15 @@ TEST_F(AppModelTest, ARefreshWhileOneRunsIsDropped) {
     });
     model.refresh();
     EXPECT_TRUE(model.isRefreshing());
+    EXPECT_NE(model.statusLine(), "Scanning…") << "the minute's refresh is not a scan";
     model.refresh();
     model.refresh();
     gate.release();
     ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing(); }));
     EXPECT_EQ(reads.load(), 1);
-    EXPECT_EQ(model.latest().freeBytes, 42);
-    EXPECT_EQ(model.history().observations.size(), 1u);
+    EXPECT_EQ(model.space()->latest().freeBytes, 42);
+    EXPECT_EQ(model.space()->history().observations.size(), 1u);
+
 }
 
 TEST_F(AppModelTest, AZeroTotalReadingOnlyMovesTheRefreshTime) {
@@ -97,23 +105,24 @@ TEST_F(AppModelTest, AZeroTotalReadingOnlyMovesTheRefreshTime) {
     const TimePoint t1 = *parseIsoDate("2026-11-22T08:00:00Z");
     model.setNow([&] { return t1; });
     model.applySnapshot(fakeVolume(t1, 100));
-    const VolumeSnapshot good = model.latest();
-    const SpaceHistory history = model.history();
+    SpaceStatus& space = *model.space();
+    const VolumeSnapshot good = space.latest();
+    const SpaceHistory history = space.history();
 
     const TimePoint t2 = t1 + 10min;
     model.setNow([&] { return t2; });
-    QSignalSpy latestSpy(&model, &AppModel::latestChanged);
+    QSignalSpy latestSpy(&space, &SpaceStatus::latestChanged);
     model.applySnapshot({t2, "Test Disk", 0, 0});
     EXPECT_EQ(latestSpy.count(), 0);
-    EXPECT_EQ(model.latest(), good);
-    EXPECT_EQ(model.history(), history);
-    EXPECT_EQ(model.lastRefresh(), t2);
+    EXPECT_EQ(space.latest(), good);
+    EXPECT_EQ(space.history(), history);
+    EXPECT_EQ(space.lastRefresh(), t2);
 
     // Through a real refresh the flag still clears once the lists are in.
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "x", 0, 0}; });
     model.refresh();
     ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing(); }));
-    EXPECT_EQ(model.latest(), good);
+    EXPECT_EQ(space.latest(), good);
 }
 
 TEST_F(AppModelTest, OldHistoryIsReplacedAndSessionEndBecomesTheNextBaseline) {
@@ -124,42 +133,42 @@ TEST_F(AppModelTest, OldHistoryIsReplacedAndSessionEndBecomesTheNextBaseline) {
     ASSERT_TRUE(writeFileAtomically(dataDir() + "/space-history.json", encodeJson(old.toJson())));
     {
         AppModel model(true);
-        EXPECT_FALSE(model.sessionBaseline());
-        EXPECT_TRUE(model.history().observations.empty());
-        auto onDisk = model.store().load(SpaceHistory::fileName(), SpaceHistory::fromJson);
+        EXPECT_FALSE(model.space()->sessionBaseline());
+        EXPECT_TRUE(model.space()->history().observations.empty());
+        auto onDisk = model.context().store.load(SpaceHistory::fileName(), SpaceHistory::fromJson);
         ASSERT_TRUE(onDisk);
         EXPECT_EQ(onDisk->metricVersion, 2) << "the fresh default is saved at once";
         const TimePoint t = *parseIsoDate("2026-11-22T08:00:00Z");
         model.applySnapshot(fakeVolume(t, 1000));
-        EXPECT_EQ(model.lastOpenDelta(), SpaceDelta::unavailable());
+        EXPECT_EQ(model.space()->lastOpenDelta(), SpaceDelta::unavailable());
         model.noteSessionEnd();
     }
     AppModel next(true);
-    ASSERT_TRUE(next.sessionBaseline());
-    EXPECT_EQ(next.sessionBaseline()->freeBytes, 1000);
+    ASSERT_TRUE(next.space()->sessionBaseline());
+    EXPECT_EQ(next.space()->sessionBaseline()->freeBytes, 1000);
     const TimePoint later = *parseIsoDate("2026-11-22T09:00:00Z");
     next.applySnapshot(fakeVolume(later, 400));
-    EXPECT_EQ(next.lastOpenDelta().bytes, -600);
-    EXPECT_EQ(next.lastOpenDelta().basis, SpaceBasis::sinceLastOpen);
+    EXPECT_EQ(next.space()->lastOpenDelta().bytes, -600);
+    EXPECT_EQ(next.space()->lastOpenDelta().basis, SpaceBasis::sinceLastOpen);
 }
 
 TEST_F(AppModelTest, CorruptSettingsFallBackToDefaults) {
     makeDirectories(dataDir());
     ASSERT_TRUE(writeFileAtomically(dataDir() + "/settings.json", R"({"nodeModulesPermanent": true})"));
     AppModel model(true);
-    EXPECT_FALSE(model.settings().nodeModulesPermanent);
-    EXPECT_FALSE(model.settings().didCompleteFirstRun);
+    EXPECT_FALSE(model.settings()->value().nodeModulesPermanent);
+    EXPECT_FALSE(model.settings()->value().didCompleteFirstRun);
 }
 
 TEST_F(AppModelTest, SettersClampSaveAndNotifyOnlyOnChange) {
     AppModel model(true);
-    QSignalSpy changed(&model, &AppModel::settingsChanged);
+    QSignalSpy changed(model.settings(), &Settings::changed);
     // The limits themselves are the settings' clamp functions; here: used, saved, told once.
-    model.setLowSpaceGigabytes(5000);
-    model.setLowSpacePercent(100);
-    model.setLowSpacePercent(99); // already clamped to 99: no change
+    model.settings()->setLowSpaceGigabytes(5000);
+    model.settings()->setLowSpacePercent(100);
+    model.settings()->setLowSpacePercent(99); // already clamped to 99: no change
     EXPECT_EQ(changed.count(), 2);
-    auto saved = model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    auto saved = model.context().store.load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
     ASSERT_TRUE(saved);
     EXPECT_EQ(saved->lowSpaceGigabytes, 2000);
     EXPECT_EQ(saved->lowSpacePercent, 99);
@@ -182,13 +191,14 @@ TEST_F(AppModelTest, FocusRequestsMoveTheTokenEveryTime) {
 
 TEST_F(AppModelTest, AnErrorGoesBeforeANotice) {
     AppModel model(false);
-    model.setErrorMessage("Nothing is selected to clean.");
-    model.setCleanupNotice(CleanupNotice{"Stopped", "Three of five items went to the Trash."});
-    EXPECT_FALSE(model.errorMessage().isEmpty());
-    EXPECT_TRUE(model.hasCleanupNotice());
-    model.dismissError();
-    EXPECT_TRUE(model.errorMessage().isEmpty());
-    EXPECT_TRUE(model.hasCleanupNotice());
+    Messages& m = *model.messages();
+    m.setErrorMessage("Nothing is selected to clean.");
+    m.setCleanupNotice(CleanupNotice{"Stopped", "Three of five items went to the Trash."});
+    EXPECT_FALSE(m.errorText().isEmpty());
+    EXPECT_TRUE(m.hasCleanupNotice());
+    m.dismissError();
+    EXPECT_TRUE(m.errorText().isEmpty());
+    EXPECT_TRUE(m.hasCleanupNotice());
 }
 
 TEST(RepeatingClock, ALongSleepGivesOneTickAndADeadlineAfterWaking) {

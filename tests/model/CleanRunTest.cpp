@@ -4,7 +4,12 @@
 
 #include "clean/qt/CleanRun.h"
 #include "core/ActionLog.h"
-#include "core/AppModel.h"
+#include "core/qt/ActivityLog.h"
+#include "core/qt/CueBus.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/Messages.h"
+#include "core/qt/Settings.h"
+#include "model/AppModel.h"
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
@@ -15,45 +20,47 @@ using bv::test::spinUntil;
 
 namespace {
 
-// What the run told the model, recorded.
-struct Recorder {
-    std::vector<ActionLogEntry> logs;
+Cleaner::Environment quietCleaner() {
+    Cleaner::Environment env;
+    env.runningProcesses = [] { return std::vector<RunningProcess>{}; };
+    return env;
+}
+
+// A model without live data and what its run told the user, recorded from the shared
+// services the run was built on.
+struct Harness {
+    AppModel model{false};
+    CleanRun& run = *model.cleanRun();
     std::vector<std::string> errors;
     std::vector<CleanupNotice> notices;
     std::vector<std::string> sounds;
-    bool explained = false;
-    int explainedCalls = 0;
-    int refreshes = 0;
     std::int64_t free = 100'000'000;
     std::function<std::int64_t()> nextFree;
-    std::string logsFolder;
+
+    explicit Harness(std::string logsFolder = {}) {
+        model.context().folders.logs = std::move(logsFolder);
+        model.setNow([] { return fromEpochSeconds(1795000000); });
+        model.setVolumeReader([this](const std::string&, TimePoint) {
+            if (nextFree) free = nextFree();
+            return VolumeSnapshot{fromEpochSeconds(1795000000), "Disk", 500'000'000'000, free};
+        });
+        Messages& m = *model.messages();
+        QObject::connect(&m, &Messages::errorMessageChanged, [this, &m] {
+            if (m.errorMessage()) errors.push_back(*m.errorMessage());
+            m.dismissError();
+        });
+        QObject::connect(&m, &Messages::cleanupNoticeChanged, [this, &m] {
+            if (m.cleanupNotice()) notices.push_back(*m.cleanupNotice());
+            m.dismissCleanupNotice();
+        });
+        QObject::connect(model.cues(), &CueBus::cueRequested,
+                         [this](const QString& cue, double) { sounds.push_back(cue.toStdString()); });
+        run.setTiming({30, 10, 10, 400, 40});
+        run.setCleanerEnvironment(quietCleaner());
+    }
+    [[nodiscard]] const std::vector<ActionLogEntry>& logs() const { return model.activityLog()->logEntries(); }
+    [[nodiscard]] bool explained() const { return model.settings()->value().didExplainTrashUndo; }
 };
-
-CleanRun::Host hostFor(Recorder& r) {
-    CleanRun::Host h;
-    h.home = [] { return XdgPaths::home(); };
-    h.now = [] { return fromEpochSeconds(1795000000); };
-    h.readVolume = [&r] {
-        if (r.nextFree) r.free = r.nextFree();
-        return VolumeSnapshot{fromEpochSeconds(1795000000), "Disk", 500'000'000'000, r.free};
-    };
-    h.appendLogs = [&r](const std::vector<ActionLogEntry>& l) { r.logs.insert(r.logs.end(), l.begin(), l.end()); };
-    h.didExplainTrashUndo = [&r] { return r.explained; };
-    h.markTrashUndoExplained = [&r] {
-        r.explained = true;
-        ++r.explainedCalls;
-    };
-    h.setErrorMessage = [&r](const std::string& e) { r.errors.push_back(e); };
-    h.showNotice = [&r](const CleanupNotice& n) { r.notices.push_back(n); };
-    h.playSound = [&r](const char* s) { r.sounds.emplace_back(s); };
-    h.celebrate = [&r] { r.sounds.emplace_back("celebration"); };
-    h.refresh = [&r] { ++r.refreshes; };
-    h.logsFolder = [&r] { return r.logsFolder; };
-    h.appVersion = [] { return std::string("dev"); };
-    return h;
-}
-
-CleanRun::Timing fastTiming() { return {30, 10, 10, 400, 40}; }
 
 int planCounter = 0;
 
@@ -83,16 +90,10 @@ CleanupPlan cachePlan(int n, std::set<int> missing = {}, std::set<int> permanent
     return plan;
 }
 
-Cleaner::Environment quietCleaner() {
-    Cleaner::Environment env;
-    env.runningProcesses = [] { return std::vector<RunningProcess>{}; };
-    return env;
-}
-
 // Runs one plan through the model's own run to the end.
 bool cleanThroughModel(AppModel& model, const CleanupPlan& plan) {
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 500'000'000'000, 1}; });
-    model.cleanRun()->setTiming(fastTiming());
+    model.cleanRun()->setTiming({30, 10, 10, 400, 40});
     model.cleanRun()->setCleanerEnvironment(quietCleaner());
     model.cleanRun()->presentPlan(plan);
     model.cleanRun()->confirm();
@@ -102,17 +103,16 @@ bool cleanThroughModel(AppModel& model, const CleanupPlan& plan) {
 } // namespace
 
 TEST(CleanRun, StopBeforeTheFirstItemLeavesEverything) {
-    Recorder rec;
-    CleanRun run(hostFor(rec));
-    run.setTiming(fastTiming());
-    run.setCleanerEnvironment(quietCleaner());
+    Harness rec;
+    CleanRun& run = rec.run;
     const CleanupPlan plan = cachePlan(5);
     run.presentPlan(plan);
     run.confirm();
+    EXPECT_FALSE(run.presentPlan(cachePlan(1))) << "no new plan while a run is under way";
     run.requestStop();
     EXPECT_EQ(run.statusLine(), "Stopping after this item…");
     ASSERT_TRUE(spinUntil([&] { return !run.isSheetPresented(); }));
-    EXPECT_TRUE(rec.logs.empty());
+    EXPECT_TRUE(rec.logs().empty());
     EXPECT_EQ(run.phase(), CleanRun::Phase::idle);
     for (const auto& e : plan.entries) EXPECT_TRUE(bv::test::exists(e.path));
     ASSERT_EQ(rec.notices.size(), 1u);
@@ -124,11 +124,9 @@ TEST(CleanRun, StopBeforeTheFirstItemLeavesEverything) {
 // Three of five done, one failure, one never started: the notice, the fraction and the
 // manifest all tell that story.
 TEST(CleanRun, StoppedRunReadsInOrder) {
-    Recorder rec;
-    rec.logsFolder = bv::test::TestEnvironment::freshFolder("logs");
-    CleanRun run(hostFor(rec));
-    run.setTiming(fastTiming());
-    run.setCleanerEnvironment(quietCleaner());
+    const std::string logsFolder = bv::test::TestEnvironment::freshFolder("logs");
+    Harness rec(logsFolder);
+    CleanRun& run = rec.run;
     std::vector<double> fractions;
     QObject::connect(&run, &CleanRun::progressChanged, [&] {
         if (run.step() != 3) fractions.push_back(run.fraction());
@@ -137,7 +135,7 @@ TEST(CleanRun, StoppedRunReadsInOrder) {
     run.presentPlan(cachePlan(5, {2}));
     run.confirm();
     ASSERT_TRUE(spinUntil([&] { return !run.isSheetPresented(); }));
-    EXPECT_EQ(rec.logs.size(), 3u);
+    EXPECT_EQ(rec.logs().size(), 3u);
     ASSERT_FALSE(rec.notices.empty());
     EXPECT_EQ(rec.notices[0].message,
               "3 items (3 MB) were already cleaned. 1 item was left exactly as it was. 1 item couldn’t be cleaned.");
@@ -149,13 +147,13 @@ TEST(CleanRun, StoppedRunReadsInOrder) {
     EXPECT_EQ(run.trashLandings(), 1);
     EXPECT_EQ(std::count(rec.sounds.begin(), rec.sounds.end(), "droplet"), 1);
 
-    DIR* d = ::opendir(rec.logsFolder.c_str());
+    DIR* d = ::opendir(logsFolder.c_str());
     ASSERT_TRUE(d);
     std::string name;
     while (dirent* e = ::readdir(d))
         if (e->d_name[0] != '.') name = e->d_name;
     ::closedir(d);
-    const auto json = parseJson(readWholeFile(rec.logsFolder + "/" + name).value_or(""));
+    const auto json = parseJson(readWholeFile(logsFolder + "/" + name).value_or(""));
     ASSERT_TRUE(json);
     EXPECT_EQ((*json)["lines"].size(), 3u);
     EXPECT_EQ((*json)["errors"][0], "Couldn’t clean Cache 2. It is already gone.");
@@ -163,10 +161,8 @@ TEST(CleanRun, StoppedRunReadsInOrder) {
 }
 
 TEST(CleanRun, TrashOnlyRunTellsWhereTheSpaceIsAndExplainsOnce) {
-    Recorder rec;
-    CleanRun run(hostFor(rec));
-    run.setTiming(fastTiming());
-    run.setCleanerEnvironment(quietCleaner());
+    Harness rec;
+    CleanRun& run = rec.run;
     bool everVerifying = false;
     QObject::connect(&run, &CleanRun::progressChanged, [&] { everVerifying = everVerifying || run.verifying(); });
     run.presentPlan(cachePlan(2));
@@ -176,10 +172,10 @@ TEST(CleanRun, TrashOnlyRunTellsWhereTheSpaceIsAndExplainsOnce) {
     EXPECT_EQ(run.lastNotification(), "Moved 2 MB from 2 items to the Trash. Empty the Trash to get the space back.");
     ASSERT_EQ(rec.notices.size(), 1u);
     EXPECT_EQ(rec.notices[0].title, "They’re in the Trash");
-    EXPECT_EQ(rec.explainedCalls, 1);
+    EXPECT_TRUE(rec.explained());
     EXPECT_EQ(run.lastFreed(), 2'000'000);
     EXPECT_EQ(run.reclaimed(), 2'000'000);
-    EXPECT_EQ(std::count(rec.sounds.begin(), rec.sounds.end(), "celebration"), 1);
+    EXPECT_EQ(std::count(rec.sounds.begin(), rec.sounds.end(), "success"), 1);
 
     run.presentPlan(cachePlan(1));
     run.confirm();
@@ -190,10 +186,8 @@ TEST(CleanRun, TrashOnlyRunTellsWhereTheSpaceIsAndExplainsOnce) {
 
 TEST(CleanRun, PermanentRemovalIsMeasuredOnDisk) {
     for (const bool grows : {true, false}) {
-        Recorder rec;
-        CleanRun run(hostFor(rec));
-        run.setTiming(fastTiming());
-        run.setCleanerEnvironment(quietCleaner());
+        Harness rec;
+        CleanRun& run = rec.run;
         int reads = 0;
         rec.nextFree = [&] { return grows && reads++ >= 1 ? std::int64_t{100'004'096} : std::int64_t{100'000'000}; };
         run.presentPlan(cachePlan(1, {}, {1}));
@@ -213,10 +207,8 @@ TEST(CleanRun, PermanentRemovalIsMeasuredOnDisk) {
 }
 
 TEST(CleanRun, PreviewRulesAndFailuresWithoutANotice) {
-    Recorder rec;
-    CleanRun run(hostFor(rec));
-    run.setTiming(fastTiming());
-    run.setCleanerEnvironment(quietCleaner());
+    Harness rec;
+    CleanRun& run = rec.run;
     run.presentPlan(CleanupPlan{});
     EXPECT_EQ(rec.errors.back(), "Choose what to preview. Nothing is selected.");
     EXPECT_FALSE(run.isSheetPresented());
@@ -247,13 +239,37 @@ TEST(CleanRun, ModelWiresHistoryAndTheSettingsFile) {
     {
         AppModel model(true);
         ASSERT_TRUE(cleanThroughModel(model, cachePlan(1)));
-        EXPECT_TRUE(model.cleanupNotice().has_value());
-        EXPECT_TRUE(model.settings().didExplainTrashUndo);
-        EXPECT_EQ(loadLog(model.store()).size(), 1u);
+        EXPECT_TRUE(model.messages()->cleanupNotice().has_value());
+        EXPECT_TRUE(model.settings()->value().didExplainTrashUndo);
+        EXPECT_EQ(loadLog(model.context().store).size(), 1u);
     }
     AppModel again(true);
-    EXPECT_TRUE(again.settings().didExplainTrashUndo);
+    EXPECT_TRUE(again.settings()->value().didExplainTrashUndo);
     ASSERT_TRUE(cleanThroughModel(again, cachePlan(1)));
-    EXPECT_FALSE(again.cleanupNotice().has_value()) << "once per settings file, not once per launch";
-    EXPECT_EQ(loadLog(again.store()).size(), 2u);
+    EXPECT_FALSE(again.messages()->cleanupNotice().has_value()) << "once per settings file, not once per launch";
+    EXPECT_EQ(loadLog(again.context().store).size(), 2u);
+}
+
+// A run that cleaned nothing (every entry already gone) closes its sheet after a short wait;
+// a second confirm or a new plan in that wait is refused, and the run is never touched after
+// the close.
+TEST(CleanRun, NothingCleanedRefusesASecondConfirmUntilTheSheetCloses) {
+    Harness rec;
+    CleanRun& run = rec.run;
+    run.setTiming({30, 80, 10, 400, 40});
+    const CleanupPlan gone = cachePlan(2, {1, 2});
+    ASSERT_TRUE(run.presentPlan(gone));
+    run.confirm();
+    ASSERT_TRUE(spinUntil([&] { return run.closing(); }));
+    run.confirm();
+    run.confirm();
+    EXPECT_FALSE(run.presentPlan(cachePlan(1))) << "no new plan while the sheet closes";
+    ASSERT_TRUE(spinUntil([&] { return !run.isSheetPresented(); }));
+    bv::test::spin(150);
+    EXPECT_EQ(run.phase(), CleanRun::Phase::idle);
+    EXPECT_FALSE(run.closing());
+    EXPECT_TRUE(rec.logs().empty());
+    // Once closed, the run takes a plan again.
+    EXPECT_TRUE(run.presentPlan(cachePlan(1)));
+    run.dismissSheet();
 }

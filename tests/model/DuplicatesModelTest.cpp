@@ -2,7 +2,12 @@
 
 #include <QSignalSpy>
 
-#include "core/AppModel.h"
+#include <QAbstractItemModelTester>
+
+#include "clean/qt/CleanRun.h"
+#include "core/qt/KeyedListModel.h"
+#include "core/qt/Messages.h"
+#include "model/AppModel.h"
 #include "duplicates/qt/DuplicatesModel.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
@@ -67,7 +72,7 @@ TEST(DuplicatesModel, RootsAreSavedAndReadBack) {
 TEST(DuplicatesModel, ScanWithoutRootsAsksForOne) {
     AppModel model(false);
     model.duplicates()->startScan();
-    EXPECT_EQ(model.errorMessage(), "Choose at least one folder to search.");
+    EXPECT_EQ(model.messages()->errorText(), "Choose at least one folder to search.");
     EXPECT_FALSE(model.duplicates()->duplicatesScanning());
 }
 
@@ -91,12 +96,16 @@ TEST(DuplicatesModel, ScanFindsGroupsAndKeepsTheLowestPath) {
     EXPECT_EQ(d.duplicateKeep().at(d.duplicateGroups()[0].id), root + "/a/song.flac");
     EXPECT_EQ(d.badge(), "750 KB");
     EXPECT_EQ(d.summary(), "2 groups · 750 KB to free");
-    const auto first = d.groupList()[0].toMap();
-    EXPECT_EQ(first["detail"].toString(), "3 copies of 300 KB · 600 KB to free");
-    const auto files = first["files"].toList();
-    ASSERT_EQ(files.size(), 3);
-    EXPECT_TRUE(files[0].toMap()["isKept"].toBool());
-    EXPECT_FALSE(files[1].toMap()["isKept"].toBool());
+    QAbstractItemModel& groups = *d.groups();
+    const auto role = [](QAbstractItemModel& m, int row, const char* name) {
+        return m.data(m.index(row, 0), m.roleNames().key(name));
+    };
+    EXPECT_EQ(role(groups, 0, "detail").toString(), "3 copies of 300 KB · 600 KB to free");
+    auto* files = qobject_cast<QAbstractItemModel*>(role(groups, 0, "files").value<QObject*>());
+    ASSERT_TRUE(files);
+    ASSERT_EQ(files->rowCount(), 3);
+    EXPECT_TRUE(role(*files, 0, "isKept").toBool());
+    EXPECT_FALSE(role(*files, 1, "isKept").toBool());
 }
 
 TEST(DuplicatesModel, StoppingKeepsTheEarlierGroupsAndAStaleAnswerIsDropped) {
@@ -126,34 +135,43 @@ TEST(DuplicatesModel, ReviewsOpenThePreviewWithTheChosenKeeper) {
     AppModel model(false);
     auto& d = *model.duplicates();
     d.reviewAll();
-    EXPECT_EQ(model.errorMessage(), "Nothing to clean. Scan for duplicates first.");
-    model.dismissError();
+    EXPECT_EQ(model.messages()->errorText(), "Nothing to clean. Scan for duplicates first.");
+    model.messages()->dismissError();
 
     const auto root = fixture();
     d.addRootPath(QString::fromStdString(root));
+    QAbstractItemModelTester tester(d.groups(), QAbstractItemModelTester::FailureReportingMode::Fatal);
     scanAndWait(d);
     const QString songs = QString::fromStdString(d.duplicateGroups()[0].id);
+    auto* files = qobject_cast<KeyedListModel*>(
+        qvariant_cast<QObject*>(d.groups()->data(d.groups()->index(0, 0), Qt::UserRole + 5)));
+    ASSERT_TRUE(files);
+    QAbstractItemModelTester fileTester(files, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QSignalSpy groupReset(d.groups(), &QAbstractItemModel::modelReset);
+    QSignalSpy fileChanged(files, &QAbstractItemModel::dataChanged);
     d.keepCopy(songs, QString::fromStdString(root + "/b/song.flac"));
+    EXPECT_EQ(groupReset.count(), 0) << "a new keeper changes rows, it does not reset the list";
+    EXPECT_EQ(fileChanged.count(), 2) << "the old keeper and the new one";
     d.keepCopy(songs, "/not/in/the/group"); // ignored
     EXPECT_EQ(d.duplicateKeep().at(songs.toStdString()), root + "/b/song.flac");
 
     d.reviewAll();
-    ASSERT_TRUE(model.cleanupPlan());
-    EXPECT_EQ(model.cleanupPlan()->entries.size(), 3u);
-    EXPECT_TRUE(model.isCleanupSheetPresented());
-    for (const auto& e : model.cleanupPlan()->entries) EXPECT_NE(e.path, root + "/b/song.flac");
+    ASSERT_TRUE(model.cleanRun()->plan());
+    EXPECT_EQ(model.cleanRun()->plan()->entries.size(), 3u);
+    EXPECT_TRUE(model.cleanRun()->isSheetPresented());
+    for (const auto& e : model.cleanRun()->plan()->entries) EXPECT_NE(e.path, root + "/b/song.flac");
 
     d.reviewGroup(songs);
-    ASSERT_EQ(model.cleanupPlan()->entries.size(), 2u);
-    EXPECT_EQ(model.cleanupPlan()->entries[0].recheck->keeperPath, root + "/b/song.flac");
+    ASSERT_EQ(model.cleanRun()->plan()->entries.size(), 2u);
+    EXPECT_EQ(model.cleanRun()->plan()->entries[0].recheck->keeperPath, root + "/b/song.flac");
 
     d.reviewCopy(songs, QString::fromStdString(root + "/c/song copy.flac"));
-    ASSERT_EQ(model.cleanupPlan()->entries.size(), 1u);
-    EXPECT_EQ(model.cleanupPlan()->entries[0].path, root + "/c/song copy.flac");
+    ASSERT_EQ(model.cleanRun()->plan()->entries.size(), 1u);
+    EXPECT_EQ(model.cleanRun()->plan()->entries[0].path, root + "/c/song copy.flac");
 
     // Removing the root after the scan turns its copies into notes.
     d.removeRoot(QString::fromStdString(d.duplicateRoots()[0].id.text()));
     d.reviewAll();
-    EXPECT_TRUE(model.cleanupPlan()->entries.empty());
-    EXPECT_EQ(model.cleanupPlan()->refusals.size(), 3u);
+    EXPECT_TRUE(model.cleanRun()->plan()->entries.empty());
+    EXPECT_EQ(model.cleanRun()->plan()->refusals.size(), 3u);
 }

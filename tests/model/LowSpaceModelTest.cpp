@@ -4,7 +4,10 @@
 
 #include "NotificationTestServer.h"
 #include "PrivateSessionBus.h"
-#include "core/AppModel.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/Settings.h"
+#include "model/AppModel.h"
+#include "space/qt/LowSpaceModel.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
 
@@ -41,8 +44,8 @@ protected:
         model.applySnapshot(disk);
     }
 
-    [[nodiscard]] BrimvaleSettings saved() const {
-        return *model.store().load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
+    [[nodiscard]] BrimvaleSettings saved() {
+        return *model.context().store.load(BrimvaleSettings::fileName(), BrimvaleSettings::fromJson);
     }
 
     test::PrivateSessionBus bus;
@@ -80,13 +83,13 @@ TEST_F(LowSpaceModelTest, EachCrossingPostsOneAlertAndTheLatchIsSaved) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return server.received().size() >= alerts; }, 5000));
         QTest::qWait(30);
         EXPECT_EQ(server.received().size(), alerts) << step.freeBytes;
-        EXPECT_EQ(model.lowSpaceSeverityText(), step.severity) << step.freeBytes;
-        EXPECT_EQ(model.lowSpaceShowsBanner(), model.lowSpaceIsLow()) << step.freeBytes;
+        EXPECT_EQ(model.lowSpace()->severityText(), step.severity) << step.freeBytes;
+        EXPECT_EQ(model.lowSpace()->showsBanner(), model.lowSpace()->isLow()) << step.freeBytes;
         EXPECT_EQ(saved().lowSpaceArmed, step.armed) << step.freeBytes;
         EXPECT_EQ(saved().lowSpaceLastAlert, lastAlert) << step.freeBytes;
     }
-    EXPECT_EQ(model.lowSpaceBannerText(), "Low on space: 15 GB left");
-    model.setAlertsEnabled(false);
+    EXPECT_EQ(model.lowSpace()->bannerText(), "Low on space: 15 GB left");
+    model.settings()->setAlertsEnabled(false);
     EXPECT_TRUE(saved().lowSpaceArmed) << "with no limit the latch opens";
 
     ASSERT_EQ(server.received().size(), 2u);
@@ -96,9 +99,9 @@ TEST_F(LowSpaceModelTest, EachCrossingPostsOneAlertAndTheLatchIsSaved) {
 
 TEST_F(LowSpaceModelTest, HiddenWarningsReturnAtCriticalAndFoldingEndsWithRecovery) {
     sample(30 * GB);
-    model.hideLowSpaceNotice();
-    model.foldLowSpaceBanner();
-    EXPECT_FALSE(model.lowSpaceShowsBanner());
+    model.lowSpace()->hideNotice();
+    model.lowSpace()->foldBanner();
+    EXPECT_FALSE(model.lowSpace()->showsBanner());
     struct Step {
         std::int64_t freeBytes;
         bool hidden, folded, showsBanner;
@@ -111,19 +114,19 @@ TEST_F(LowSpaceModelTest, HiddenWarningsReturnAtCriticalAndFoldingEndsWithRecove
     };
     for (const auto& step : steps) {
         sample(step.freeBytes);
-        EXPECT_EQ(model.lowSpaceNoticeHidden(), step.hidden) << step.freeBytes;
-        EXPECT_EQ(model.lowSpaceBannerFolded(), step.folded) << step.freeBytes;
-        EXPECT_EQ(model.lowSpaceShowsBanner(), step.showsBanner) << step.freeBytes;
+        EXPECT_EQ(model.lowSpace()->noticeHidden(), step.hidden) << step.freeBytes;
+        EXPECT_EQ(model.lowSpace()->bannerFolded(), step.folded) << step.freeBytes;
+        EXPECT_EQ(model.lowSpace()->showsBanner(), step.showsBanner) << step.freeBytes;
     }
     sample(5 * GB);
-    model.hideLowSpaceNotice();
-    EXPECT_TRUE(model.lowSpaceShowsBanner()) << "a critical banner cannot be hidden";
+    model.lowSpace()->hideNotice();
+    EXPECT_TRUE(model.lowSpace()->showsBanner()) << "a critical banner cannot be hidden";
 }
 
 TEST(LowSpaceModel, NothingIsJudgedBeforeTheModelStarts) {
     clearState();
     AppModel model(true);
     model.applySnapshot({Clock::now(), "Test Disk", 500 * GB, 1 * GB});
-    EXPECT_EQ(model.lowSpaceSeverityText(), "none");
-    EXPECT_TRUE(model.settings().lowSpaceArmed);
+    EXPECT_EQ(model.lowSpace()->severityText(), "none");
+    EXPECT_TRUE(model.settings()->value().lowSpaceArmed);
 }

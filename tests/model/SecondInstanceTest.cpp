@@ -4,7 +4,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include "core/AppModel.h"
+#include "core/qt/Messages.h"
+#include "core/qt/WatchRequests.h"
+#include "model/AppModel.h"
 #include "core/qt/SingleInstance.h"
 #include "platform/XdgPaths.h"
 #include "support/TestEnvironment.h"
@@ -51,22 +53,23 @@ TEST(SecondInstance, HandsAScanLinkToTheRunningOneAndExits) {
     const SecondStart scan = startSecondInstance({"brimvale://scan?need=12&source=wardlet"});
     EXPECT_EQ(scan.exitCode, 0) << scan.errors.toStdString();
     ASSERT_TRUE(QTest::qWaitFor([&] { return pass.count() == 1; }, 3000)) << "the first instance ran the pass";
-    EXPECT_EQ(model.banner().toStdString(),
+    EXPECT_EQ(model.messages()->bannerText().toStdString(),
               "Wardlet noticed your Mac needs about 12 GB more free space so it can use swap without freezing. "
               "Here's what can be cleared safely.");
     EXPECT_GE(raised.count(), 1);
 
-    // The file manager's folder action: a file is refused by the second start itself, a
-    // folder reaches the running instance.
+    // The file manager's folder action: a file is refused in the window, where the user is
+    // looking; a folder reaches the running instance.
     const std::string dir = test::TestEnvironment::freshFolder("project to watch");
     test::writeFile(dir + "/Cargo.toml", "[package]\n");
     const SecondStart file = startSecondInstance({"--watch-folder", QString::fromStdString(dir + "/Cargo.toml")});
-    EXPECT_EQ(file.exitCode, 1);
-    EXPECT_TRUE(file.errors.contains("Choose a folder to watch.")) << file.errors.toStdString();
-    EXPECT_TRUE(model.pendingWatchPath().isEmpty());
+    EXPECT_EQ(file.exitCode, 0) << file.errors.toStdString();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !model.messages()->errorText().isEmpty(); }, 3000));
+    EXPECT_EQ(model.messages()->errorText(), "Choose a folder to watch.");
+    EXPECT_TRUE(model.watchRequests()->pendingPath().isEmpty());
 
     const SecondStart folder = startSecondInstance({"--watch-folder", QString::fromStdString(dir)});
     EXPECT_EQ(folder.exitCode, 0) << folder.errors.toStdString();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !model.pendingWatchPath().isEmpty(); }, 3000));
-    EXPECT_EQ(model.pendingWatchPath().toStdString(), dir);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !model.watchRequests()->pendingPath().isEmpty(); }, 3000));
+    EXPECT_EQ(model.watchRequests()->pendingPath().toStdString(), dir);
 }

@@ -3,11 +3,15 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QSignalSpy>
+#include <QAbstractItemModelTester>
 
 #include "core/AppPersistence.h"
 #include "core/UserDefaults.h"
 #include "space/SpaceMapTimings.h"
 #include "space/qt/SpaceMapModel.h"
+#include "core/qt/FeatureContext.h"
+#include "model/AppModel.h"
+#include "space/SpaceHistory.h"
 #include "support/TestEnvironment.h"
 #include "support/EventLoopWait.h"
 
@@ -16,16 +20,27 @@ using bv::test::spinUntil;
 
 namespace {
 
-SpaceMapModel::Environment environment(const std::string& dataDir) {
-    SpaceMapModel::Environment env;
-    env.live = true;
-    env.store = AppPersistence(dataDir);
-    env.homePath = test::TestEnvironment::root() + "/home";
-    env.now = [] { return *parseIsoDate("2026-11-22T10:00:00Z"); };
-    env.startupVolume = [] { return SnapshotVolume{"System", 500, 200, {}}; };
-    env.listVolumes = [] { return std::vector<MountedVolume>{{"/", "System", 500, 200}}; };
-    return env;
+// A space map on its own store, clock and home, built like the model builds it.
+FeatureContext contextFor(AppModel& app, const std::string& dataDir) {
+    app.setNow([] { return *parseIsoDate("2026-11-22T10:00:00Z"); });
+    FeatureContext ctx = app.context();
+    ctx.live = true;
+    ctx.store = AppPersistence(dataDir);
+    ctx.folders.home = test::TestEnvironment::root() + "/home";
+    ctx.latestVolume = [] { return VolumeSnapshot{{}, "System", 500, 200}; };
+    return ctx;
 }
+
+struct MapHarness {
+    AppModel app{false};
+    FeatureContext ctx;
+    SpaceMapModel model;
+    QAbstractItemModelTester children{model.nodeChildren(), QAbstractItemModelTester::FailureReportingMode::Fatal};
+    QAbstractItemModelTester snapshots{model.snapshots(), QAbstractItemModelTester::FailureReportingMode::Fatal};
+    explicit MapHarness(const std::string& dataDir) : ctx(contextFor(app, dataDir)), model(ctx) {
+        model.setVolumeLister([] { return std::vector<MountedVolume>{{"/", "System", 500, 200}}; });
+    }
+};
 
 DiskMapNode node(const std::string& path, std::int64_t bytes, std::vector<DiskMapNode> children = {}) {
     return DiskMapNode{path, path.substr(path.rfind('/') + 1), bytes, 3, std::move(children)};
@@ -53,7 +68,8 @@ TEST(SpaceMapModel, AScanEndsWithAMapAndItsTimingIsRemembered) {
     test::writeSizedFile(root + "/small/b.txt", 100);
     const std::string dataDir = test::TestEnvironment::freshFolder("sm-data");
 
-    SpaceMapModel model(environment(dataDir));
+    MapHarness modelH(dataDir);
+    SpaceMapModel& model = modelH.model;
     model.chooseRoot(QString::fromStdString("file://" + root));
     EXPECT_EQ(model.rootPath().toStdString(), root);
     EXPECT_EQ(model.startTitle(), "Map it");
@@ -71,12 +87,13 @@ TEST(SpaceMapModel, AScanEndsWithAMapAndItsTimingIsRemembered) {
     EXPECT_FALSE(model.map()->truncated);
     EXPECT_EQ(model.map()->fileCount, 2);
     EXPECT_EQ(model.startTitle(), "Map again");
-    ASSERT_EQ(model.nodeChildren().size(), 1);
-    EXPECT_EQ(model.nodeChildren()[0].toMap()["name"], "big");
+    ASSERT_EQ(model.nodeChildren()->rowCount(), 1);
+    EXPECT_EQ(model.nodeChildren()->data(model.nodeChildren()->index(0, 0), Qt::UserRole + 2).toString(), "big");
     EXPECT_TRUE(model.timings().count(root));
     EXPECT_TRUE(model.estimateText().startsWith("Mapped "));
     // The timing reached the user defaults: a new model starts with it.
-    SpaceMapModel again(environment(dataDir));
+    MapHarness againH(dataDir);
+    SpaceMapModel& again = againH.model;
     EXPECT_TRUE(again.timings().count(root));
 
     // Drilling in and back.
@@ -94,7 +111,8 @@ TEST(SpaceMapModel, AScanEndsWithAMapAndItsTimingIsRemembered) {
 
 TEST(SpaceMapModel, ACancelledMapIsKeptButNeitherTimedSavedNorCompared) {
     const std::string dataDir = test::TestEnvironment::freshFolder("sm-cancel");
-    SpaceMapModel model(environment(dataDir));
+    MapHarness modelH(dataDir);
+    SpaceMapModel& model = modelH.model;
     model.applyMap(mapOf("/data", {node("/data/a", 5'000'000)}), 3.0);
     model.saveSnapshot();
     ASSERT_EQ(model.snapshotList().size(), 1u);
@@ -115,7 +133,8 @@ TEST(SpaceMapModel, ACancelledMapIsKeptButNeitherTimedSavedNorCompared) {
 
 TEST(SpaceMapModel, SnapshotsCompareSaveAndDelete) {
     const std::string dataDir = test::TestEnvironment::freshFolder("sm-snapshots");
-    SpaceMapModel model(environment(dataDir));
+    MapHarness modelH(dataDir);
+    SpaceMapModel& model = modelH.model;
     model.applyMap(mapOf("/data", {node("/data/a", 5'000'000), node("/data/gone", 2'000'000)}), 3.0);
     model.saveSnapshot();
     const QString id = model.selectedSnapshotId();
@@ -138,7 +157,8 @@ TEST(SpaceMapModel, SnapshotsCompareSaveAndDelete) {
     EXPECT_EQ(model.comparisonText(), "Select a snapshot to compare it with the current map.");
 
     // Saved to snapshots.json, with the figures of the volume holding the root.
-    SpaceMapModel reread(environment(dataDir));
+    MapHarness rereadH(dataDir);
+    SpaceMapModel& reread = rereadH.model;
     ASSERT_EQ(reread.snapshotList().size(), 1u);
     EXPECT_EQ(reread.snapshotList()[0].volumeName, "System");
     EXPECT_EQ(reread.snapshotList()[0].freeBytes, 200);
@@ -146,11 +166,12 @@ TEST(SpaceMapModel, SnapshotsCompareSaveAndDelete) {
     model.deleteSnapshot(id);
     EXPECT_TRUE(model.snapshotList().empty());
     EXPECT_TRUE(model.selectedSnapshotId().isEmpty());
-    EXPECT_TRUE(SpaceMapModel(environment(dataDir)).snapshotList().empty());
+    EXPECT_TRUE(MapHarness(dataDir).model.snapshotList().empty());
 }
 
 TEST(SpaceMapModel, TreemapTilesCoverTheFolderWithARestTile) {
-    SpaceMapModel model(environment(test::TestEnvironment::freshFolder("sm-tiles")));
+    MapHarness modelH(test::TestEnvironment::freshFolder("sm-tiles"));
+    SpaceMapModel& model = modelH.model;
     EXPECT_TRUE(model.treemap(400, 300).isEmpty());
     model.applyMap(mapOf("/data", {node("/data/a", 6'000'000), node("/data/b", 3'000'000)}), 1.0);
     // The root holds 1 MB more than its listed children: files directly in it.

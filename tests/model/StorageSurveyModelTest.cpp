@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "core/AppModel.h"
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+
+#include "model/AppModel.h"
+#include "space/qt/StorageSurveyModel.h"
 #include "platform/XdgPaths.h"
 #include "space/FolderMeasure.h"
 #include "support/TestEnvironment.h"
@@ -29,25 +33,28 @@ SurveyPlaces tempHomePlaces() {
 
 struct Fixture {
     AppModel model{true};
+    StorageSurveyModel& s = *model.survey();
+    QAbstractItemModelTester topTester{s.topFoldersModel(), QAbstractItemModelTester::FailureReportingMode::Fatal};
+    QAbstractItemModelTester coverageTester{s.coverageModel(), QAbstractItemModelTester::FailureReportingMode::Fatal};
     TimePoint now = kStart;
 
     Fixture() {
         test::writeSizedFile(XdgPaths::downloads() + "/movie.mkv", 2'000'000);
         test::writeSizedFile(XdgPaths::home() + "/Applications/tool.AppImage", 300'000);
         model.setNow([this] { return now; });
-        model.setSurveyPlaces(tempHomePlaces);
+        s.setPlaces(tempHomePlaces);
     }
 
     // A reading arrives and, as after every refresh, a plain survey request follows it.
     bool readVolumeAndSettle(std::int64_t freeBytes) {
         model.applySnapshot(volume(now, freeBytes));
-        model.surveyStorage(false);
-        return spinUntil([&] { return !model.storageScanning() && model.lastStorageSurvey(); });
+        s.survey(false);
+        return spinUntil([&] { return !s.scanning() && s.lastSurvey(); });
     }
 };
 
-std::int64_t segment(const AppModel& model, const std::string& id) {
-    for (const auto& s : model.storageSegments())
+std::int64_t segment(const StorageSurveyModel& survey, const std::string& id) {
+    for (const auto& s : survey.segments())
         if (s.id == id) return s.bytes;
     return -1;
 }
@@ -61,41 +68,43 @@ TEST(StorageSurveyModel, APlainSurveyWaitsFifteenMinutesAndOnlyRedrawsTheBarMean
     };
     for (const Case c : {Case{899s, false}, Case{900s, true}}) {
         Fixture f;
-        EXPECT_TRUE(f.model.storageSegments().empty());
+        EXPECT_TRUE(f.s.segments().empty());
         ASSERT_TRUE(f.readVolumeAndSettle(100'000'000'000));
-        const Uuid firstSurvey = f.model.storageSurveyToken();
+        const Uuid firstSurvey = f.s.token();
         // The first survey measured the temporary home for real.
-        ASSERT_EQ(f.model.storageSegments().size(), 6u);
-        EXPECT_EQ(segment(f.model, "downloads"), FolderMeasure::bytes(XdgPaths::downloads()));
-        EXPECT_EQ(segment(f.model, "apps"), FolderMeasure::bytes(XdgPaths::home() + "/Applications"));
+        ASSERT_EQ(f.s.segments().size(), 6u);
+        EXPECT_EQ(segment(f.s, "downloads"), FolderMeasure::bytes(XdgPaths::downloads()));
+        EXPECT_EQ(segment(f.s, "apps"), FolderMeasure::bytes(XdgPaths::home() + "/Applications"));
         std::int64_t whole = 0;
-        for (const auto& s : f.model.storageSegments()) whole += s.bytes;
+        for (const auto& s : f.s.segments()) whole += s.bytes;
         EXPECT_EQ(whole, kTotal) << "other takes up exactly what the known folders leave";
-        ASSERT_FALSE(f.model.topFolders().empty());
-        EXPECT_EQ(f.model.topFolders().front().id, "downloads");
-        EXPECT_TRUE(f.model.coverageItems().empty()) << "an empty Trash has no row";
-        EXPECT_TRUE(f.model.surveyStatus().isEmpty());
+        ASSERT_FALSE(f.s.topFolders().empty());
+        EXPECT_EQ(f.s.topFolders().front().id, "downloads");
+        EXPECT_TRUE(f.s.coverageItems().empty()) << "an empty Trash has no row";
+        EXPECT_TRUE(f.s.status().isEmpty());
 
         f.now = kStart + c.after;
+        QSignalSpy topReset(f.s.topFoldersModel(), &QAbstractItemModel::modelReset);
         f.model.applySnapshot(volume(f.now, 90'000'000'000));
-        f.model.surveyStorage(false);
-        EXPECT_EQ(f.model.storageSurveyToken() != firstSurvey, c.measuresAgain) << c.after.count();
-        ASSERT_TRUE(spinUntil([&] { return !f.model.storageScanning(); }));
-        EXPECT_EQ(segment(f.model, "free"), 90'000'000'000) << "the bar follows the new reading either way";
-        EXPECT_EQ(f.model.lastStorageSurvey(), c.measuresAgain ? f.now : kStart) << c.after.count();
+        f.s.survey(false);
+        EXPECT_EQ(f.s.token() != firstSurvey, c.measuresAgain) << c.after.count();
+        ASSERT_TRUE(spinUntil([&] { return !f.s.scanning(); }));
+        EXPECT_EQ(segment(f.s, "free"), 90'000'000'000) << "the bar follows the new reading either way";
+        EXPECT_EQ(f.s.lastSurvey(), c.measuresAgain ? f.now : kStart) << c.after.count();
+        EXPECT_EQ(topReset.count(), 0) << "the same folders again leave the list alone";
     }
 }
 
 TEST(StorageSurveyModel, APlainRequestLeavesARunningSurveyAloneAndAForcedOneStartsOver) {
     Fixture f;
-    f.model.surveyStorage(true);
-    const Uuid first = f.model.storageSurveyToken();
-    f.model.surveyStorage(false); // a plain request leaves the running survey alone
-    EXPECT_EQ(f.model.storageSurveyToken(), first);
+    f.s.survey(true);
+    const Uuid first = f.s.token();
+    f.s.survey(false); // a plain request leaves the running survey alone
+    EXPECT_EQ(f.s.token(), first);
     f.now = kStart + 5s;
-    f.model.surveyStorage(true);
-    EXPECT_NE(f.model.storageSurveyToken(), first);
-    ASSERT_TRUE(spinUntil([&] { return !f.model.storageScanning(); }));
-    EXPECT_EQ(f.model.lastStorageSurvey(), kStart + 5s);
-    EXPECT_EQ(f.model.storageSegments().size(), 6u);
+    f.s.survey(true);
+    EXPECT_NE(f.s.token(), first);
+    ASSERT_TRUE(spinUntil([&] { return !f.s.scanning(); }));
+    EXPECT_EQ(f.s.lastSurvey(), kStart + 5s);
+    EXPECT_EQ(f.s.segments().size(), 6u);
 }

@@ -5,7 +5,8 @@
 
 #include <thread>
 
-#include "core/AppModel.h"
+#include "model/AppModel.h"
+#include "clean/qt/CleanRun.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "screens/HoldToConfirm.h"

@@ -5,7 +5,8 @@
 
 #include <unistd.h>
 
-#include "core/AppModel.h"
+#include "model/AppModel.h"
+#include "duplicates/qt/DuplicatesModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"

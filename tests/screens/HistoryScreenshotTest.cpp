@@ -3,7 +3,8 @@
 #include <QQmlApplicationEngine>
 
 #include "core/ActionLog.h"
-#include "core/AppModel.h"
+#include "core/qt/ActivityLog.h"
+#include "model/AppModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
@@ -63,7 +64,7 @@ TEST(Screens, HistoryWithARealisticLog) {
 
     AppModel model(true);
     model.start();
-    ASSERT_EQ(model.logEntries().size(), log.size());
+    ASSERT_EQ(model.activityLog()->logEntries().size(), log.size());
     QQmlApplicationEngine engine;
     QQuickWindow* window = loadMainWindow(engine, model);
     ASSERT_NE(window, nullptr);
@@ -93,5 +94,5 @@ TEST(Screens, HistoryWithARealisticLog) {
     test::saveScreenshot(window, "history-clear.png");
     QMetaObject::invokeMethod(dialog, "close");
     spin(100);
-    EXPECT_EQ(model.logEntries().size(), log.size()) << "opening the confirmation clears nothing";
+    EXPECT_EQ(model.activityLog()->logEntries().size(), log.size()) << "opening the confirmation clears nothing";
 }

@@ -6,7 +6,7 @@
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 
-#include "core/AppModel.h"
+#include "model/AppModel.h"
 #include "foundation/FileIO.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"

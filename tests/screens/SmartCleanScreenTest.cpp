@@ -7,7 +7,8 @@
 
 #include "clean/qt/CleanRun.h"
 #include "clean/qt/SmartCleanModel.h"
-#include "core/AppModel.h"
+#include "core/qt/Messages.h"
+#include "model/AppModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/DevCacheHome.h"
@@ -33,7 +34,7 @@ TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
     QQuickWindow* window = loadMainWindow(engine, model);
     ASSERT_NE(window, nullptr) << "Main.qml failed to load";
     SmartCleanModel& smart = *model.smartClean();
-    ASSERT_TRUE(spinUntil([&] { return smart.hasScanned() && !model.devScanning() && !model.isRefreshing(); }));
+    ASSERT_TRUE(spinUntil([&] { return smart.hasScanned() && !model.smartClean()->scanning() && !model.isRefreshing(); }));
 
     model.focusOnSection("overview");
     spin(200);
@@ -42,11 +43,13 @@ TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
     model.focusOnSection("devMode");
     smart.selectRecommended();
     spin(200);
-    const QVariantList cards = smart.cardList();
-    ASSERT_FALSE(cards.isEmpty());
+    QAbstractItemModel& cards = *smart.cards();
+    ASSERT_GT(cards.rowCount(), 0);
     // The build tool card keeps its newest copy and says so.
+    const int keptRole = cards.roleNames().key("keptLine");
     bool keptLine = false;
-    for (const auto& c : cards) keptLine |= c.toMap().value("keptLine").toString() == "The newest copy stays.";
+    for (int i = 0; i < cards.rowCount(); ++i)
+        keptLine |= cards.data(cards.index(i, 0), keptRole).toString() == "The newest copy stays.";
     EXPECT_TRUE(keptLine);
     test::saveScreenshot(window, "smart-clean-selected.png");
 
@@ -57,10 +60,10 @@ TEST(Screens, SmartCleanThenTheOverviewAfterTheClean) {
 
     model.cleanRun()->confirm();
     ASSERT_TRUE(spinUntil([&] { return !model.cleanRun()->isSheetPresented(); }));
-    ASSERT_TRUE(spinUntil([&] { return !model.devScanning(); }));
-    model.dismissCleanupNotice();
+    ASSERT_TRUE(spinUntil([&] { return !model.smartClean()->scanning(); }));
+    model.messages()->dismissCleanupNotice();
     model.focusOnSection("overview");
     spin(300);
-    EXPECT_FALSE(model.afterCleanLine().isEmpty());
+    EXPECT_FALSE(model.cleanRun()->afterCleanLine().isEmpty());
     test::saveScreenshot(window, "overview-after-clean.png");
 }

@@ -5,7 +5,8 @@
 
 #include <QQmlApplicationEngine>
 
-#include "core/AppModel.h"
+#include "model/AppModel.h"
+#include "space/qt/SpaceMapModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
@@ -61,7 +62,7 @@ TEST(Screens, SpaceMapShowsAMapAndAComparison) {
     sm.chooseRoot(QString::fromStdString(root));
     mapAndWait(sm);
     ASSERT_TRUE(sm.hasMap());
-    EXPECT_EQ(sm.nodeChildren().size(), 6);
+    EXPECT_EQ(sm.nodeChildren()->rowCount(), 6);
     model.focusOnSection("space");
     save(window, "space-map.png");
 

@@ -7,7 +7,8 @@
 #include <QQmlComponent>
 #include <QQuickWindow>
 
-#include "core/AppModel.h"
+#include "space/qt/StorageSurveyModel.h"
+#include "model/AppModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "support/TestEnvironment.h"
@@ -49,16 +50,16 @@ TEST(Screens, StorageSurveyPiecesDrawTheSurveyWithoutWarnings) {
     ::close(fd);
 
     AppModel model(true);
-    model.setSurveyPlaces([] {
+    model.survey()->setPlaces([] {
         SurveyPlaces places = SurveyPlaces::current();
         places.coverage.resize(1); // the Trash alone: the machine's own places vary
         return places;
     });
     model.applySnapshot({model.now(), "Test Disk", 500'000'000'000, 120'000'000'000});
-    model.surveyStorage(true);
+    model.survey()->survey(true);
     test::spin(300);
-    ASSERT_TRUE(test::spinUntil([&] { return !model.storageScanning(); }));
-    ASSERT_EQ(model.coverageItems().size(), 1u);
+    ASSERT_TRUE(test::spinUntil([&] { return !model.survey()->scanning(); }));
+    ASSERT_EQ(model.survey()->coverageItems().size(), 1u);
 
     QQmlApplicationEngine engine;
     ASSERT_NE(loadMainWindow(engine, model), nullptr);

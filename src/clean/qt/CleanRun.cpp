@@ -6,33 +6,44 @@
 #include <QTimer>
 #include <QtConcurrent/QtConcurrent>
 
+#include <QCoreApplication>
+
 #include <algorithm>
 
 #include "clean/CleanupManifest.h"
+#include "core/qt/ActivityLog.h"
+#include "core/qt/AppClock.h"
+#include "core/qt/CueBus.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/Messages.h"
+#include "core/qt/NotificationCenter.h"
+#include "core/qt/QtText.h"
+#include "core/qt/Settings.h"
 #include "foundation/ByteText.h"
 
 namespace bv {
 namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
-
 std::string itemWord(std::int64_t n) { return n == 1 ? "item" : "items"; }
 
 } // namespace
 
-CleanRun::CleanRun(Host host, QObject* parent) : QObject(parent), host_(std::move(host)) {}
+CleanRun::CleanRun(const FeatureContext& context, QObject* parent) : QObject(parent), ctx_(context) {}
 
 void CleanRun::notify(const std::string& body) {
     lastNotification_ = body;
     emit notificationPosted("Brimvale", q(body));
+    if (ctx_.live) ctx_.notifications.postNotification(QStringLiteral("Brimvale"), q(body));
 }
 
-void CleanRun::presentPlan(CleanupPlan plan, CleanupSheetMode mode) {
+bool CleanRun::presentPlan(CleanupPlan plan, CleanupSheetMode mode) {
+    if (phase_ == Phase::running || closing_) return false;
     if (auto error = preview::previewError(plan)) {
-        host_.setErrorMessage(*error);
-        return;
+        ctx_.messages.setErrorMessage(*error);
+        return false;
     }
     const bool changed = !plan_ || !(*plan_ == plan) || mode_ != mode || !excluded_.empty();
+
     plan_ = std::move(plan);
     mode_ = mode;
     excluded_.clear();
@@ -41,6 +52,7 @@ void CleanRun::presentPlan(CleanupPlan plan, CleanupSheetMode mode) {
         sheetPresented_ = true;
         emit sheetPresentedChanged();
     }
+    return true;
 }
 
 void CleanRun::setEntryTicked(const QString& id, bool ticked) {
@@ -57,7 +69,7 @@ void CleanRun::dismissSheet() {
         emit sheetPresentedChanged();
     }
     if (deferredNotice_) {
-        host_.showNotice(*deferredNotice_);
+        ctx_.messages.setCleanupNotice(*deferredNotice_);
         deferredNotice_.reset();
     }
 }
@@ -77,10 +89,10 @@ void CleanRun::raiseFraction(double value) {
 }
 
 void CleanRun::confirm() {
-    if (phase_ == Phase::running || !plan_) return;
+    if (phase_ == Phase::running || closing_ || !plan_) return;
     auto entries = preview::entriesToClean(*plan_, excluded_);
     if (entries.empty()) {
-        host_.setErrorMessage(preview::kNothingSelectedToClean);
+        ctx_.messages.setErrorMessage(preview::kNothingSelectedToClean);
         return;
     }
     stop_ = std::make_shared<CancellationFlag>();
@@ -94,7 +106,7 @@ void CleanRun::confirm() {
 
     run_ = std::make_unique<Run>();
     run_->entries = std::move(entries);
-    run_->baseline = host_.readVolume();
+    run_->baseline = ctx_.readVolume();
     for (const auto& e : run_->entries) run_->estimate += e.bytes;
     // The loop begins on the next turn of the event loop, so a stop pressed at once is
     // seen before the first item.
@@ -110,6 +122,7 @@ void CleanRun::requestStop() {
 }
 
 void CleanRun::runNext() {
+    if (!run_) return;
     Run& r = *run_;
     const size_t n = r.entries.size();
     if (r.next >= n || stop_->isCancelled()) {
@@ -123,12 +136,13 @@ void CleanRun::runNext() {
     emit progressChanged();
 
     const CleanupEntry entry = r.entries[i];
-    const std::string home = host_.home();
+    const std::string home = ctx_.folders.home;
     const Cleaner::Environment env = cleanerEnv_;
     QFuture<Cleaner::ListResult> task = QtConcurrent::run(QThreadPool::globalInstance(), [entry, home, env] {
         return Cleaner(env).applyList({entry}, home);
     });
     task.then(this, [this, i, n](Cleaner::ListResult result) {
+        if (!run_) return;
         Run& run = *run_;
         const CleanupEntry& done = run.entries[i];
         if (!result.logs.empty()) {
@@ -137,7 +151,7 @@ void CleanRun::runNext() {
                 run.landed = true;
                 ++trashLandings_;
                 emit trashLandingsChanged();
-                host_.playSound("droplet");
+                ctx_.cues.play("droplet", 1.0);
             }
         }
         run.logs.insert(run.logs.end(), result.logs.begin(), result.logs.end());
@@ -158,9 +172,11 @@ void CleanRun::finish() {
     step_ = 2;
     statusLine_ = "Updating History";
     emit progressChanged();
-    if (!r.logs.empty()) host_.appendLogs(r.logs);
+    if (!r.logs.empty()) ctx_.log.addLogEntries(r.logs);
 
-    (void)CleanupManifest::write("clean", r.logs, manifestErrors, host_.now(), host_.logsFolder(), host_.appVersion());
+    const std::string version =
+        CleanupManifest::versionText(QCoreApplication::applicationVersion().toStdString(), "");
+    (void)CleanupManifest::write("clean", r.logs, manifestErrors, ctx_.clock.now(), ctx_.folders.logs, version);
 
     std::int64_t freed = 0;
     for (const auto& l : r.logs) freed += l.bytesReclaimed;
@@ -200,23 +216,27 @@ void CleanRun::finish() {
     if (auto n = stoppedNotice(counts)) {
         postNotice(*n);
         noticeShown = true;
-    } else if (auto first = firstTrashNotice(counts, host_.didExplainTrashUndo())) {
+    } else if (auto first = firstTrashNotice(counts, ctx_.settings.value().didExplainTrashUndo)) {
         postNotice(*first);
-        host_.markTrashUndoExplained();
+        ctx_.settings.update([](BrimvaleSettings& s) { s.didExplainTrashUndo = true; });
         noticeShown = true;
     }
     if (!r.failures.empty()) {
         if (!noticeShown) {
             std::string line = r.failures.front();
             if (r.failures.size() > 1) line += " " + std::to_string(r.failures.size()) + " items need attention.";
-            host_.setErrorMessage(line);
+            ctx_.messages.setErrorMessage(line);
         }
         failed_ = r.logs.empty();
         emit progressChanged();
-        host_.playSound("error");
+        ctx_.cues.play("error", 1.0);
     }
 
     const bool cleanedSomething = !r.logs.empty();
+    // Until the sheet has closed, the finished run stays in charge: a second confirm or a
+    // new plan in this wait would be torn down by the close below.
+    closing_ = true;
+    emit progressChanged();
     QTimer::singleShot(cleanedSomething ? timing_.closeAfterCleanMs : timing_.closeAfterNothingMs, this,
                        [this, cleanedSomething] { closeSheetAndRefresh(cleanedSomething); });
 }
@@ -224,11 +244,13 @@ void CleanRun::finish() {
 void CleanRun::postNotice(const CleanupNotice& notice) {
     // The sheet is still up when the run ends: the notice waits for it to close.
     if (sheetPresented_) deferredNotice_ = notice;
-    else host_.showNotice(notice);
+    else ctx_.messages.setCleanupNotice(notice);
 }
 
 void CleanRun::closeSheetAndRefresh(bool cleanedSomething) {
     run_.reset();
+    closing_ = false;
+    emit progressChanged();
     if (phase_ == Phase::success) setPhase(Phase::idle);
     if (sheetPresented_) {
         sheetPresented_ = false;
@@ -240,11 +262,10 @@ void CleanRun::closeSheetAndRefresh(bool cleanedSomething) {
         emit planChanged();
     }
     if (deferredNotice_) {
-        host_.showNotice(*deferredNotice_);
+        ctx_.messages.setCleanupNotice(*deferredNotice_);
         deferredNotice_.reset();
     }
-    if (cleanedSomething) host_.celebrate();
-    host_.refresh();
+    if (cleanedSomething) ctx_.cues.play("success", 1.0);
     emit runFinished();
 }
 
@@ -261,7 +282,7 @@ void CleanRun::startMeasurement(std::int64_t count, std::int64_t estimate, std::
     auto timer = new QTimer(this);
     timer->setInterval(timing_.sampleEveryMs);
     connect(timer, &QTimer::timeout, this, [this, timer, state, count, estimate, baselineFree] {
-        const VolumeSnapshot v = host_.readVolume();
+        const VolumeSnapshot v = ctx_.readVolume();
         state->samples.push_back(std::clamp<std::int64_t>(v.freeBytes, 0, std::max<std::int64_t>(v.totalBytes, 0)));
         const qint64 elapsed = state->clock.elapsed();
         const auto& s = state->samples;
@@ -279,7 +300,6 @@ void CleanRun::startMeasurement(std::int64_t count, std::int64_t estimate, std::
         else
             notify("Cleaned " + std::to_string(count) + " " + itemWord(count) + " (" + byteText(estimate) +
                                          " estimated). Free space has not changed yet.");
-        host_.refresh();
         emit measurementFinished();
     });
     timer->start();
@@ -332,6 +352,13 @@ bool CleanRun::selectionHasPermanent() const {
         for (const auto& e : plan_->entries)
             if (!excluded_.count(e.id) && e.disposition == CleanupDisposition::permanent) return true;
     return false;
+}
+
+QString CleanRun::afterCleanLine() const {
+    if (verifying_) return QStringLiteral("Measuring the space that came back\u2026");
+    if (!lastVerifiedFreed_) return {};
+    if (*lastVerifiedFreed_ >= 1) return q(byteText(*lastVerifiedFreed_)) + QStringLiteral(" back on disk, measured");
+    return QStringLiteral("Trash holds the space until you empty it");
 }
 
 QString CleanRun::sheetMode() const { return q(std::string(textValue(mode_))); }

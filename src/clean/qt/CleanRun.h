@@ -5,7 +5,6 @@
 #include <QVariantList>
 #include <QtQml/qqmlregistration.h>
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -22,6 +21,8 @@
 
 namespace bv {
 
+struct FeatureContext;
+
 // The preview sheet's state and the run of a Smart Clean: which entries are ticked, the
 // progress of the run (phase, step, a fraction that only grows, the status line), the stop
 // request, the History entries and the manifest, the free-space measurement and the notices.
@@ -29,9 +30,8 @@ namespace bv {
 // and the run waits for it, so at most one item is in flight and the window stays live.
 class CleanRun : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
     QML_ELEMENT
-    QML_UNCREATABLE("owned by AppModel")
+    QML_UNCREATABLE("The run belongs to AppModel.")
     Q_PROPERTY(bool hasPlan READ hasPlan NOTIFY planChanged)
     Q_PROPERTY(QVariantList entries READ entriesForQml NOTIFY planChanged)
     Q_PROPERTY(QStringList refusals READ refusalsForQml NOTIFY planChanged)
@@ -48,26 +48,14 @@ class CleanRun : public QObject {
     Q_PROPERTY(bool failed READ failed NOTIFY progressChanged)
     Q_PROPERTY(bool verifying READ verifying NOTIFY progressChanged)
     Q_PROPERTY(int trashLandings READ trashLandings NOTIFY trashLandingsChanged)
+    // True from the end of a run until its sheet has closed: no new plan, no second confirm.
+    Q_PROPERTY(bool closing READ closing NOTIFY progressChanged)
+    // After a clean: what came back, measured; or that the Trash still holds it; or that it
+    // is being measured. Empty before the first clean of this session.
+    Q_PROPERTY(QString afterCleanLine READ afterCleanLine NOTIFY progressChanged)
 
 public:
     enum class Phase { idle, running, success };
-
-    // What the run needs of the application model and the platform.
-    struct Host {
-        std::function<std::string()> home;
-        std::function<TimePoint()> now;
-        std::function<VolumeSnapshot()> readVolume;
-        std::function<void(const std::vector<ActionLogEntry>&)> appendLogs; // History and statistics
-        std::function<bool()> didExplainTrashUndo;
-        std::function<void()> markTrashUndoExplained; // sets the flag and saves the settings
-        std::function<void(const std::string&)> setErrorMessage;
-        std::function<void(const CleanupNotice&)> showNotice; // into cleanupNotice
-        std::function<void(const char* sound)> playSound;
-        std::function<void()> celebrate;
-        std::function<void()> refresh;
-        std::function<std::string()> logsFolder;
-        std::function<std::string()> appVersion;
-    };
 
     // The waits of the run, shortened by tests.
     struct Timing {
@@ -78,20 +66,26 @@ public:
         int steadyAfterMs = 8000;
     };
 
-    CleanRun(Host host, QObject* parent = nullptr);
+    // Everything the run needs comes from the shared context: the home folder, the clock, the
+    // volume reading, History, the settings, the messages, the cues and the notifications.
+    explicit CleanRun(const FeatureContext& context, QObject* parent = nullptr);
 
     void setCleanerEnvironment(Cleaner::Environment env) { cleanerEnv_ = std::move(env); }
     void setTiming(Timing timing) { timing_ = timing; }
 
     // ---- the preview ----
-    // Shows a plan: both lists empty gives the error line and changes nothing; otherwise the
-    // plan is stored, every entry ticked, and the sheet opens. An equal plan does not notify.
-    void presentPlan(CleanupPlan plan, CleanupSheetMode mode = CleanupSheetMode::clean);
+    // The one way to open the clean-up preview. A plan with neither entries nor refusals
+    // posts "Choose what to preview. Nothing is selected." and changes nothing (false), as
+    // does any plan while a run is under way or its sheet is closing (false, silently).
+    // Otherwise the plan is stored, every entry ticked, and the sheet opens in `mode` (true).
+    // Observers hear of a plan only when its content changes.
+    bool presentPlan(CleanupPlan plan, CleanupSheetMode mode = CleanupSheetMode::clean);
     Q_INVOKABLE void setEntryTicked(const QString& id, bool ticked);
     Q_INVOKABLE void dismissSheet(); // only when no run is under way
 
     // ---- the run ----
-    Q_INVOKABLE void confirm();     // does nothing while a run is under way or without a plan
+    // Does nothing without a plan, while a run is under way or while its sheet is closing.
+    Q_INVOKABLE void confirm();
     Q_INVOKABLE void requestStop(); // only while running
 
     [[nodiscard]] const std::optional<CleanupPlan>& plan() const { return plan_; }
@@ -113,6 +107,8 @@ public:
     [[nodiscard]] CleanupSheetMode sheetModeValue() const { return mode_; }
     [[nodiscard]] const std::string& lastNotification() const { return lastNotification_; }
 
+    [[nodiscard]] bool closing() const { return closing_; }
+    [[nodiscard]] QString afterCleanLine() const;
     [[nodiscard]] bool hasPlan() const { return plan_.has_value(); }
     [[nodiscard]] QVariantList entriesForQml() const;
     [[nodiscard]] QStringList refusalsForQml() const;
@@ -128,10 +124,10 @@ signals:
     void sheetPresentedChanged();
     void progressChanged();
     void trashLandingsChanged();
-    void runFinished(); // after the sheet closed
+    void runFinished(); // after the sheet closed; the model refreshes and rescans
     // The two free-space messages, titled "Brimvale"; the notification router posts them.
     void notificationPosted(const QString& title, const QString& body);
-    void measurementFinished();
+    void measurementFinished(); // the model refreshes
 
 private:
     struct Run {
@@ -154,7 +150,8 @@ private:
     void postNotice(const CleanupNotice& notice);
     void notify(const std::string& body);
 
-    Host host_;
+    const FeatureContext& ctx_;
+    bool closing_ = false;
     Timing timing_;
     Cleaner::Environment cleanerEnv_;
     std::optional<CleanupPlan> plan_;

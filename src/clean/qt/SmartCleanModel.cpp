@@ -1,17 +1,18 @@
 #include "clean/qt/SmartCleanModel.h"
 
-#include <QVariantMap>
+#include <QFuture>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include "clean/CleanupKinds.h"
 #include "clean/SmartCleanLayout.h"
-#include "core/AppModel.h"
+#include "core/qt/CueBus.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/KeyedListModel.h"
+#include "core/qt/QtText.h"
 #include "foundation/ByteText.h"
-#include "platform/XdgPaths.h"
 
 namespace bv {
 namespace {
-
-QString q(const std::string& s) { return QString::fromStdString(s); }
 
 // The path as the screens show it: the home folder written as "~".
 QString displayPath(const std::string& path, const std::string& home) {
@@ -24,32 +25,95 @@ CleanupTier tierOf(const DevScanRow& row) {
     return row.id.starts_with("node-") ? CleanupTier::abandonedTool : CleanupTier::userData;
 }
 
-QVariantMap rowMap(const DevScanRow& row, const std::string& home) {
-    return QVariantMap{{"id", q(row.id)},
-                       {"title", q(row.title)},
-                       {"path", displayPath(row.path, home)},
-                       {"bytes", static_cast<double>(row.bytes)},
-                       {"sizeText", q(byteText(row.bytes))},
-                       {"note", q(row.note)},
-                       {"group", q(row.group)},
-                       {"badge", row.kind == DevRowKind::cleanable ? q(std::string(badgeWord(tierOf(row)))) : QString()},
-                       {"selectable", row.selectable},
-                       {"selected", row.selected},
-                       {"recommended", SmartCleanLayout::isRecommended(row)},
-                       {"blockedReason", row.blockedReason ? q(*row.blockedReason) : QString()},
-                       {"toolCommand", row.toolCommand ? q(*row.toolCommand) : QString()}};
+const QList<QByteArray> kRowRoles{"key",  "title",      "path",        "bytes",         "sizeText",   "note",       "group",
+                                  "badge", "selectable", "selected", "recommended", "blockedReason", "toolCommand"};
+
+KeyedListModel::Row rowOf(const DevScanRow& row, const std::string& home) {
+    return {q(row.id),
+            {q(row.id), q(row.title), displayPath(row.path, home), static_cast<double>(row.bytes), q(byteText(row.bytes)),
+             q(row.note), q(row.group),
+             row.kind == DevRowKind::cleanable ? q(std::string(badgeWord(tierOf(row)))) : QString(), row.selectable,
+             row.selected, SmartCleanLayout::isRecommended(row), q(row.blockedReason), q(row.toolCommand)}};
 }
 
 bool choosable(const DevScanRow& row) { return row.selectable && row.kind == DevRowKind::cleanable; }
 
 } // namespace
 
-SmartCleanModel::SmartCleanModel(AppModel& model) : QObject(&model), model_(model) {}
+SmartCleanModel::SmartCleanModel(const FeatureContext& context, QObject* parent)
+    : QObject(parent), ctx_(context),
+      cards_(new NestedListModel({"key", "title", "rows", "hiddenCount", "keptLine", "safety", "totalBytes", "totalText",
+                                  "choosableCount", "allTicked"},
+                                 kRowRoles, this)),
+      reviewList_(new KeyedListModel(kRowRoles, this)) {}
 
-// The screen reads the cards from several bindings; they are built once per change.
+QAbstractItemModel* SmartCleanModel::cards() const { return cards_; }
+QAbstractItemModel* SmartCleanModel::reviewRows() const { return reviewList_; }
+
+void SmartCleanModel::setScanning(bool on) {
+    if (scanning_ == on) return;
+    scanning_ = on;
+    emit scanningChanged();
+}
+
+void SmartCleanModel::setProgress(const QString& text) {
+    if (progress_ == text) return;
+    progress_ = text;
+    emit progressChanged();
+}
+
+void SmartCleanModel::setFollowingProgress(const QString& text) {
+    followingProgress_ = text;
+    if (!scanning_) setProgress(text);
+}
+
+void SmartCleanModel::scan() {
+    if (!ctx_.live || scanning_) return;
+    setScanning(true);
+    setProgress(QStringLiteral("Scanning developer caches\u2026"));
+    const std::string home = ctx_.folders.home;
+    const DevCacheScanner::Options options = scanOptions_;
+    QtConcurrent::run([home, options] { return DevCacheScanner::scan(home, options); })
+        .then(this, [this](DevCacheScanner::Result result) {
+            setScanResult(std::move(result));
+            setScanning(false);
+            setProgress(followingProgress_);
+            ctx_.cues.play("ready", 0.322);
+            emit scanFinished();
+            ctx_.cues.reevaluate();
+        });
+}
+
+// Cards and rows are handed to the lists whole after each change; the lists pass on only
+// what differs, so a tick redraws one row.
 void SmartCleanModel::rebuild() {
-    cards_ = buildCards();
-    reviewRowMaps_ = buildReviewRows();
+    const std::string& home = ctx_.folders.home;
+    std::vector<KeyedListModel::Row> cards;
+    for (const auto& card : SmartCleanLayout::cards(rows_, showSmallItems_)) {
+        const QString key = q(card.id);
+        std::vector<KeyedListModel::Row> rows;
+        int choosableCount = 0;
+        int ticked = 0;
+        for (const auto* list : {&card.rows, &card.smallRows})
+            for (const auto& r : *list) {
+                rows.push_back(rowOf(r, home));
+                if (choosable(r)) {
+                    ++choosableCount;
+                    ticked += r.selected ? 1 : 0;
+                }
+            }
+        KeyedListModel* rowList = cards_->child(key);
+        rowList->setRows(std::move(rows));
+        // The kept rows are not in the card's lists; the kept line speaks for them.
+        cards.push_back({key,
+                         {key, q(card.title), QVariant::fromValue<QObject*>(rowList), card.hiddenCount, q(card.keptLine),
+                          q(card.safety), static_cast<double>(card.totalBytes), q(byteText(card.totalBytes)),
+                          choosableCount, choosableCount > 0 && ticked == choosableCount}});
+    }
+    cards_->setRowsAndChildren(std::move(cards));
+    std::vector<KeyedListModel::Row> review;
+    for (const auto& r : reviewRows_) review.push_back(rowOf(r, home));
+    reviewList_->setRows(std::move(review));
     emit rowsChanged();
 }
 
@@ -106,7 +170,9 @@ void SmartCleanModel::setShowSmallItems(bool on) {
     rebuild();
 }
 
-void SmartCleanModel::preview() { model_.presentCleanupPlan(SmartCleanLayout::plan(rows_, XdgPaths::home())); }
+void SmartCleanModel::preview() {
+    (void)ctx_.presentPlan(SmartCleanLayout::plan(rows_, ctx_.folders.home), CleanupSheetMode::clean);
+}
 
 void SmartCleanModel::reviewAndClean() {
     if (selectedCount() == 0) selectRecommended();
@@ -140,45 +206,5 @@ std::int64_t SmartCleanModel::reclaimableBytes() const {
 }
 
 QString SmartCleanModel::reclaimableText() const { return q(byteText(reclaimableBytes())); }
-
-QVariantList SmartCleanModel::buildCards() const {
-    const std::string home = XdgPaths::home();
-    QVariantList out;
-    for (const auto& card : SmartCleanLayout::cards(rows_, showSmallItems_)) {
-        QVariantList rows;
-        QVariantList small;
-        int choosableCount = 0;
-        int ticked = 0;
-        for (const auto* list : {&card.rows, &card.smallRows}) {
-            for (const auto& r : *list) {
-                (list == &card.rows ? rows : small).push_back(rowMap(r, home));
-                if (choosable(r)) {
-                    ++choosableCount;
-                    ticked += r.selected ? 1 : 0;
-                }
-            }
-        }
-        // The kept rows are not in the card's lists; the kept line speaks for them.
-        out.push_back(QVariantMap{{"id", q(card.id)},
-                                  {"title", q(card.title)},
-                                  {"rows", rows},
-                                  {"smallRows", small},
-                                  {"hiddenCount", card.hiddenCount},
-                                  {"keptLine", card.keptLine ? q(*card.keptLine) : QString()},
-                                  {"safety", q(card.safety)},
-                                  {"totalBytes", static_cast<double>(card.totalBytes)},
-                                  {"totalText", q(byteText(card.totalBytes))},
-                                  {"choosableCount", choosableCount},
-                                  {"allTicked", choosableCount > 0 && ticked == choosableCount}});
-    }
-    return out;
-}
-
-QVariantList SmartCleanModel::buildReviewRows() const {
-    const std::string home = XdgPaths::home();
-    QVariantList out;
-    for (const auto& r : reviewRows_) out.push_back(rowMap(r, home));
-    return out;
-}
 
 } // namespace bv

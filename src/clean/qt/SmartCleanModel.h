@@ -1,7 +1,7 @@
 #pragma once
+#include <QAbstractItemModel>
 #include <QObject>
 #include <QString>
-#include <QVariantList>
 #include <QtQml/qqmlregistration.h>
 
 #include <cstdint>
@@ -13,16 +13,24 @@
 
 namespace bv {
 
-class AppModel;
+struct FeatureContext;
+class KeyedListModel;
+class NestedListModel;
 
-// Smart Clean's rows and the user's choice among them, owned by AppModel and touched on the
-// GUI thread only. A scan replaces both lists and clears every tick; the cards, the totals
-// and the preview are computed from the rows each time they are asked for.
+// Smart Clean: the developer cache scan, its rows and the user's choice among them, on the
+// GUI thread. The scan runs on the pool with plain copies; its rows replace both lists and
+// clear every tick. Cards and totals follow the rows; the preview goes through the run.
 class SmartCleanModel : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
-    Q_PROPERTY(QVariantList cards READ cardList NOTIFY rowsChanged)
-    Q_PROPERTY(QVariantList reviewRows READ reviewRowList NOTIFY rowsChanged)
+    QML_ELEMENT
+    QML_UNCREATABLE("Smart Clean belongs to AppModel.")
+    // Rows: key, title, rows (the card's rows, small ones last), hiddenCount, keptLine, safety,
+    // totalBytes, totalText, choosableCount, allTicked. A row: key, title, path, bytes,
+    // sizeText, note, group, badge, selectable, selected, recommended, blockedReason, toolCommand.
+    Q_PROPERTY(QAbstractItemModel* cards READ cards CONSTANT)
+    Q_PROPERTY(QAbstractItemModel* reviewRows READ reviewRows CONSTANT)
+    Q_PROPERTY(bool scanning READ scanning NOTIFY scanningChanged)
+    Q_PROPERTY(QString progress READ progress NOTIFY progressChanged)
     Q_PROPERTY(bool showSmallItems READ showSmallItems WRITE setShowSmallItems NOTIFY rowsChanged)
     Q_PROPERTY(bool hasScanned READ hasScanned NOTIFY rowsChanged)
     Q_PROPERTY(int selectedCount READ selectedCount NOTIFY rowsChanged)
@@ -32,10 +40,16 @@ class SmartCleanModel : public QObject {
     Q_PROPERTY(QString reclaimableText READ reclaimableText NOTIFY rowsChanged)
 
 public:
-    explicit SmartCleanModel(AppModel& model);
+    explicit SmartCleanModel(const FeatureContext& context, QObject* parent = nullptr);
 
-    // A finished scan: both lists replaced, nothing selected.
+    // Starts the developer cache scan; does nothing without live data or while one runs.
+    Q_INVOKABLE void scan();
+    // A finished scan: both lists replaced, nothing selected. Public for tests.
     void setScanResult(DevCacheScanner::Result result);
+    // Seam for tests: how the scanner finds unavailable simulator devices.
+    void setScanOptions(DevCacheScanner::Options options) { scanOptions_ = std::move(options); }
+    // The progress line once the scan is done: the storage survey's steps.
+    void setFollowingProgress(const QString& text);
 
     // Ticks every recommended row (the ones that come back by themselves); other ticks stay.
     Q_INVOKABLE void selectRecommended();
@@ -44,15 +58,19 @@ public:
     // "Select this group" / "Clear this group": every choosable row of one card.
     Q_INVOKABLE void setCardSelected(const QString& cardId, bool selected);
     void setShowSmallItems(bool on);
-    // The preview of the ticked rows: entries and refusals in one plan, through the one
-    // preview path of the model (which says so when nothing is ticked).
+    // The preview of the ticked rows: entries and refusals in one plan, through the run
+    // (which says so when nothing is ticked).
     Q_INVOKABLE void preview();
     // The Overview's "Review & Clean": with nothing ticked the recommended rows are ticked
     // first, so the button always previews what the Overview counted.
     Q_INVOKABLE void reviewAndClean();
 
+    [[nodiscard]] bool scanning() const { return scanning_; }
+    [[nodiscard]] QString progress() const { return progress_; }
     [[nodiscard]] const std::vector<DevScanRow>& rows() const { return rows_; }
-    [[nodiscard]] const std::vector<DevScanRow>& reviewRows() const { return reviewRows_; }
+    [[nodiscard]] const std::vector<DevScanRow>& reviewRowValues() const { return reviewRows_; }
+    [[nodiscard]] QAbstractItemModel* cards() const;
+    [[nodiscard]] QAbstractItemModel* reviewRows() const;
     [[nodiscard]] bool showSmallItems() const { return showSmallItems_; }
     [[nodiscard]] bool hasScanned() const { return hasScanned_; }
     [[nodiscard]] int selectedCount() const;
@@ -62,22 +80,28 @@ public:
     [[nodiscard]] std::int64_t reclaimableBytes() const;
     [[nodiscard]] double reclaimableBytesForQml() const { return static_cast<double>(reclaimableBytes()); }
     [[nodiscard]] QString reclaimableText() const;
-    [[nodiscard]] QVariantList cardList() const { return cards_; }
-    [[nodiscard]] QVariantList reviewRowList() const { return reviewRowMaps_; }
 
 signals:
     void rowsChanged();
+    void scanningChanged();
+    void progressChanged();
+    // A scan's rows are in; the storage survey measures again after it.
+    void scanFinished();
 
 private:
     void rebuild();
-    [[nodiscard]] QVariantList buildCards() const;
-    [[nodiscard]] QVariantList buildReviewRows() const;
+    void setScanning(bool on);
+    void setProgress(const QString& text);
 
-    AppModel& model_;
-    QVariantList cards_;
-    QVariantList reviewRowMaps_;
+    const FeatureContext& ctx_;
+    NestedListModel* cards_;
+    KeyedListModel* reviewList_;
     std::vector<DevScanRow> rows_;
     std::vector<DevScanRow> reviewRows_;
+    DevCacheScanner::Options scanOptions_;
+    bool scanning_ = false;
+    QString progress_;
+    QString followingProgress_;
     bool showSmallItems_ = false;
     bool hasScanned_ = false;
 };

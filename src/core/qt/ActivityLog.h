@@ -1,25 +1,33 @@
 #pragma once
-#include <QtQml/qqmlregistration.h>
 #include <QObject>
-#include <QtQml/qqmlregistration.h>
 #include <QString>
 #include <QVariantList>
 #include <QVariantMap>
+#include <QtQml/qqmlregistration.h>
+
+#include <optional>
 #include <vector>
 
 #include "core/ActionLogEntry.h"
+#include "core/AppPersistence.h"
 #include "core/qt/HistoryListModel.h"
-#include "foundation/CalendarContext.h"
+#include "foundation/Dates.h"
 
 namespace bv {
 
-// What the History screen, the Overview's week card and the sidebar badge show of the log.
-// Owned by AppModel (AppModel.activityLog in QML), which feeds it the log and the inputs of
-// the streak whenever they change; everything here is computed from those on the main
-// thread. The search text is view state kept here so the list follows it.
+class AppClock;
+class CalendarContext;
+class NotificationCenter;
+class Settings;
+
+// The activity log and what the History screen, the Overview's week card and the sidebar
+// badge show of it. Owns the list ("log.json"); addLogEntries is the only way in. The figures
+// follow the log, the clock and whether the disk is clear now; the list is rebuilt only when
+// the log, the search text or the day changes, and then row by row.
 class ActivityLog : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
+    QML_UNCREATABLE("The activity log belongs to AppModel.")
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(bv::HistoryListModel* entries READ entries CONSTANT)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY changed)
@@ -42,23 +50,28 @@ class ActivityLog : public QObject {
     Q_PROPERTY(QString cancelButton READ cancelButton CONSTANT)
 
 public:
-    explicit ActivityLog(QObject* parent = nullptr);
+    // `live` false: the log starts empty and is never written; milestones are not posted.
+    ActivityLog(bool live, AppPersistence store, std::string home, AppClock& clock, const CalendarContext& calendar,
+                Settings& settings, NotificationCenter& notifications, QObject* parent = nullptr);
 
-    struct Inputs {
-        std::vector<ActionLogEntry> log; // newest first
-        bool clearNow = false;
-        TimePoint now;
-        CalendarContext calendar = CalendarContext::current();
-        std::int64_t lifetimeBytes = 0;
-        std::int64_t lifetimeCleanups = 0;
-    };
-    // Recomputes every figure and the list; signals only what changed.
-    void update(Inputs inputs);
+    // The one way into the log: newest first, capped, saved, counted in the lifetime
+    // figures; a newly reached milestone is posted as a notification.
+    void addLogEntries(const std::vector<ActionLogEntry>& entries);
+    // Empties History and saves "log.json"; the lifetime counters stay.
+    Q_INVOKABLE void clearLog();
+    // Once per start: counters from a log written before they existed.
+    void backfillLifetimeCounters();
+    // Whether the disk counts as clear now (nothing to clean, no scan running, refreshed),
+    // which the streak counts as a tidy day.
+    void setClearNow(bool clear);
+    // Brings the figures up to the clock (after a refresh; carries them over midnight).
+    void recompute();
 
+    [[nodiscard]] const std::vector<ActionLogEntry>& logEntries() const { return log_; }
     [[nodiscard]] QString query() const { return query_; }
     void setQuery(const QString& query);
     [[nodiscard]] HistoryListModel* entries() { return &entries_; }
-    [[nodiscard]] bool isEmpty() const { return inputs_.log.empty(); }
+    [[nodiscard]] bool isEmpty() const { return log_.empty(); }
     [[nodiscard]] bool hasMatches() const { return entries_.rowCount() > 0; }
     [[nodiscard]] qint64 weekBytes() const { return weekBytes_; }
     [[nodiscard]] QString weekTotalText() const;
@@ -81,17 +94,38 @@ public:
 signals:
     void queryChanged();
     void changed();
+    void logEntriesChanged();
 
 private:
-    void recomputeList();
+    void logChanged();
+    void recomputeList(TimePoint now);
 
-    Inputs inputs_;
+    const bool live_;
+    AppPersistence store_;
+    const std::string home_;
+    AppClock& clock_;
+    const CalendarContext& calendar_;
+    Settings& settings_;
+    NotificationCenter& notifications_;
+
+    std::vector<ActionLogEntry> log_;
+    bool clearNow_ = false;
     QString query_;
     HistoryListModel entries_;
+    // What the list was last built from: a revision of the log, the query, the day.
+    int logRevision_ = 0;
+    struct ListStamp {
+        int revision = -1;
+        QString query;
+        TimePoint day;
+        bool operator==(const ListStamp&) const = default;
+    };
+    std::optional<ListStamp> listStamp_;
     qint64 weekBytes_ = 0;
     QVariantList weekBars_;
     QVariantMap dayTotals_;
     int streak_ = 0;
+    QString lifetimeText_;
 };
 
 } // namespace bv

@@ -1,16 +1,16 @@
 #pragma once
-#include <QtQml/qqmlregistration.h>
-#include <QAbstractListModel>
 #include <vector>
 
 #include "core/LogStatistics.h"
+#include "core/qt/KeyedListModel.h"
 
 namespace bv {
 
 // History as one flat list for a ListView: every entry carries its day's title, which the
 // view uses as its section, so days show as headers without nested models. Days come
-// newest first, entries newest first within a day.
-class HistoryListModel : public QAbstractListModel {
+// newest first, entries newest first within a day. Rows are keyed by the entry's id, so a new
+// entry is one inserted row and midnight is a change of titles, never a reset.
+class HistoryListModel : public KeyedListModel {
     Q_OBJECT
     QML_ANONYMOUS
 public:
@@ -27,20 +27,10 @@ public:
         pathsText, // "~/Downloads/a.pdf → ~/Documents/a.pdf", the home folder shortened
     };
 
-    using QAbstractListModel::QAbstractListModel;
+    explicit HistoryListModel(QObject* parent = nullptr);
 
-    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
-    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
-    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
-
-    // Replaces the content; `calendar` formats each entry's time.
-    void setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar);
-
-private:
-    struct Row {
-        QString dayTitle, dayTotalText, title, subtitle, sizeText, timeText, iconName, sourcePath, destinationPath, pathsText;
-    };
-    std::vector<Row> rows_;
+    // Replaces the content; `calendar` formats each entry's time, `home` is shortened to "~".
+    void setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar, const std::string& home);
 };
 
 } // namespace bv

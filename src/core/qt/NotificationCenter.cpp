@@ -19,7 +19,15 @@ constexpr int kCallTimeoutMs = 10'000;
 } // namespace
 
 NotificationCenter::NotificationCenter(QDBusConnection bus, NotificationRouter& router, QObject* parent)
-    : QObject(parent), bus_(std::move(bus)), router_(router) {
+    : NotificationCenter(router, parent) {
+    attach(std::move(bus));
+}
+
+NotificationCenter::NotificationCenter(NotificationRouter& router, QObject* parent)
+    : QObject(parent), bus_(QStringLiteral("brimvale-unattached")), router_(router) {}
+
+void NotificationCenter::attach(QDBusConnection bus) {
+    bus_ = std::move(bus);
     if (!bus_.isConnected()) return;
     // Servers send these to every listener; only ids we posted are acted on.
     bus_.connect(QString(), kPath, kInterface, QStringLiteral("ActionInvoked"), this,

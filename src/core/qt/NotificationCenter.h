@@ -18,6 +18,10 @@ class NotificationCenter : public QObject {
 public:
     // `bus` is the session bus in the program; tests give a connection to their own bus.
     explicit NotificationCenter(QDBusConnection bus, NotificationRouter& router, QObject* parent = nullptr);
+    // Not connected yet: every post is silent until `attach` (the model attaches at start).
+    explicit NotificationCenter(NotificationRouter& router, QObject* parent = nullptr);
+    // Posts go out on `bus` from now on; clicks on them come back to the router.
+    void attach(QDBusConnection bus);
 
     // A plain, low-urgency notification that stands on its own.
     void postNotification(const QString& title, const QString& body);

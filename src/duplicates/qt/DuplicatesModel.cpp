@@ -6,15 +6,16 @@
 #include <QtConcurrent/QtConcurrentRun>
 
 #include "clean/DevCacheCatalog.h"
-#include "core/AppModel.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/KeyedListModel.h"
+#include "core/qt/Messages.h"
+#include "core/qt/QtText.h"
+#include "foundation/CalendarContext.h"
 #include "duplicates/DuplicateScanner.h"
 #include "foundation/ByteText.h"
-#include "platform/XdgPaths.h"
 
 namespace bv {
 namespace {
-
-QString q(const std::string& s) { return QString::fromStdString(s); }
 
 std::string nameOf(const std::string& path) {
     const auto slash = path.rfind('/');
@@ -31,11 +32,15 @@ std::string folderOf(const std::string& path, const std::string& home) {
 
 } // namespace
 
-DuplicatesModel::DuplicatesModel(AppModel& model) : QObject(&model), model_(model) {
+DuplicatesModel::DuplicatesModel(const FeatureContext& context, QObject* parent)
+    : QObject(parent), ctx_(context),
+      groupList_(new NestedListModel({"key", "title", "detail", "reclaimableBytes", "files"},
+                                     {"path", "name", "folder", "sizeText", "dateText", "isKept", "sharesStorage"}, this)) {
     poll_.setInterval(300);
     connect(&poll_, &QTimer::timeout, this, &DuplicatesModel::pollProgress);
-    if (model_.loadLiveData())
-        roots_ = model_.store().load(kDuplicateRootsFileName, decodeDuplicateRoots).value_or(std::vector<DuplicateRoot>{});
+    connect(this, &DuplicatesModel::groupsChanged, this, &DuplicatesModel::groupsUpdated);
+    if (ctx_.live)
+        roots_ = ctx_.store.load(kDuplicateRootsFileName, decodeDuplicateRoots).value_or(std::vector<DuplicateRoot>{});
 }
 
 DuplicatesModel::~DuplicatesModel() {
@@ -44,7 +49,7 @@ DuplicatesModel::~DuplicatesModel() {
 }
 
 void DuplicatesModel::saveRoots() const {
-    if (model_.loadLiveData()) model_.store().saveJson(kDuplicateRootsFileName, encodeDuplicateRoots(roots_));
+    if (ctx_.live) ctx_.store.saveJson(kDuplicateRootsFileName, encodeDuplicateRoots(roots_));
 }
 
 std::vector<std::string> DuplicatesModel::rootPaths() const {
@@ -99,7 +104,7 @@ void DuplicatesModel::setScanning(bool on) {
 void DuplicatesModel::startScan() {
     if (scanning_) return;
     if (roots_.empty()) {
-        model_.setErrorMessage(std::string(kNoRoots));
+        ctx_.messages.setErrorMessage(std::string(kNoRoots));
         return;
     }
     token_ = Uuid::generate();
@@ -167,29 +172,29 @@ void DuplicatesModel::keepCopy(const QString& groupId, const QString& path) {
 
 void DuplicatesModel::present(const DuplicateReview& review) {
     if (review.error) {
-        model_.setErrorMessage(*review.error);
+        ctx_.messages.setErrorMessage(*review.error);
         return;
     }
-    if (review.plan) model_.presentCleanupPlan(*review.plan);
+    if (review.plan) (void)ctx_.presentPlan(*review.plan, CleanupSheetMode::clean);
 }
 
 void DuplicatesModel::reviewAll() {
-    present(reviewDuplicates({DuplicateReviewRequest::Scope::all, {}, {}}, groups_, keep_, rootPaths(), XdgPaths::home()));
+    present(reviewDuplicates({DuplicateReviewRequest::Scope::all, {}, {}}, groups_, keep_, rootPaths(), ctx_.folders.home));
 }
 
 void DuplicatesModel::reviewGroup(const QString& groupId) {
     present(reviewDuplicates({DuplicateReviewRequest::Scope::group, groupId.toStdString(), {}}, groups_, keep_,
-                             rootPaths(), XdgPaths::home()));
+                             rootPaths(), ctx_.folders.home));
 }
 
 void DuplicatesModel::reviewCopy(const QString& groupId, const QString& path) {
     present(reviewDuplicates({DuplicateReviewRequest::Scope::oneCopy, groupId.toStdString(), path.toStdString()},
-                             groups_, keep_, rootPaths(), XdgPaths::home()));
+                             groups_, keep_, rootPaths(), ctx_.folders.home));
 }
 
 QVariantList DuplicatesModel::rootList() const {
     QVariantList list;
-    const std::string home = DevCacheCatalog::standardizedPath(XdgPaths::home());
+    const std::string home = DevCacheCatalog::standardizedPath(ctx_.folders.home);
     for (const auto& r : roots_) {
         std::string shown = r.path;
         if (!home.empty() && home != "/" && (shown == home || shown.rfind(home + "/", 0) == 0))
@@ -199,33 +204,29 @@ QVariantList DuplicatesModel::rootList() const {
     return list;
 }
 
-QVariantList DuplicatesModel::groupList() const {
-    QVariantList list;
-    const std::string home = DevCacheCatalog::standardizedPath(XdgPaths::home());
+QAbstractItemModel* DuplicatesModel::groups() const { return groupList_; }
+
+void DuplicatesModel::groupsUpdated() {
+    const std::string home = DevCacheCatalog::standardizedPath(ctx_.folders.home);
+    std::vector<KeyedListModel::Row> rows;
     for (const auto& g : groups_) {
+        const QString key = q(g.id);
         const DuplicateFile* keeper = duplicateKeeper(g, keep_);
-        QVariantList files;
-        for (const auto& f : g.files) {
-            files.push_back(QVariantMap{
-                {"path", q(f.path)},
-                {"name", q(nameOf(f.path))},
-                {"folder", q(folderOf(f.path, home))},
-                {"sizeText", q(byteText(f.bytes))},
-                {"dateText", f.modified ? q(model_.calendar().format(*f.modified, "yMMMd")) : QString()},
-                {"isKept", &f == keeper},
-                {"sharesStorage", f.sharesStorage},
-            });
-        }
+        std::vector<KeyedListModel::Row> files;
+        for (const auto& f : g.files)
+            files.push_back({q(f.path),
+                             {q(f.path), q(nameOf(f.path)), q(folderOf(f.path, home)), q(byteText(f.bytes)),
+                              f.modified ? q(ctx_.calendar.format(*f.modified, "yMMMd")) : QString(), &f == keeper,
+                              f.sharesStorage}});
+        KeyedListModel* fileList = groupList_->child(key);
+        fileList->setRows(std::move(files));
         const QString frees = g.reclaimableBytes > 0 ? q(byteText(g.reclaimableBytes)) + " to free" : QString("Nothing to free");
-        list.push_back(QVariantMap{
-            {"id", q(g.id)},
-            {"title", q(nameOf(g.files.empty() ? std::string() : g.files.front().path))},
-            {"detail", QString::number(g.files.size()) + " copies of " + q(byteText(g.fileSize)) + " · " + frees},
-            {"reclaimableBytes", static_cast<qint64>(g.reclaimableBytes)},
-            {"files", files},
-        });
+        rows.push_back({key,
+                        {key, q(nameOf(g.files.empty() ? std::string() : g.files.front().path)),
+                         QString::number(g.files.size()) + " copies of " + q(byteText(g.fileSize)) + " · " + frees,
+                         static_cast<qint64>(g.reclaimableBytes), QVariant::fromValue<QObject*>(fileList)}});
     }
-    return list;
+    groupList_->setRowsAndChildren(std::move(rows));
 }
 
 QVariantList DuplicatesModel::minimumChoices() const {

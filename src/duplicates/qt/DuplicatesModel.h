@@ -1,4 +1,5 @@
 #pragma once
+#include <QAbstractItemModel>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 #include <QString>
@@ -21,7 +22,8 @@
 
 namespace bv {
 
-class AppModel;
+struct FeatureContext;
+class NestedListModel;
 
 // The Duplicates section's state and actions, owned by AppModel and touched on the GUI
 // thread only. A scan leaves for a pool thread with copies of the roots and the minimum,
@@ -30,9 +32,12 @@ class AppModel;
 // leaves the earlier groups as they were.
 class DuplicatesModel : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
+    QML_UNCREATABLE("Duplicates belong to AppModel.")
     Q_PROPERTY(QVariantList roots READ rootList NOTIFY rootsChanged)
-    Q_PROPERTY(QVariantList groups READ groupList NOTIFY groupsChanged)
+    // Rows: key (the group's id), title, detail, reclaimableBytes, files (a list with path,
+    // name, folder, sizeText, dateText, isKept, sharesStorage, keyed by path).
+    Q_PROPERTY(QAbstractItemModel* groups READ groups CONSTANT)
     Q_PROPERTY(bool scanning READ duplicatesScanning NOTIFY scanningChanged)
     Q_PROPERTY(bool hasScanned READ hasScannedDuplicates NOTIFY groupsChanged)
     Q_PROPERTY(QString progress READ progressText NOTIFY progressChanged)
@@ -43,7 +48,7 @@ class DuplicatesModel : public QObject {
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
 public:
-    explicit DuplicatesModel(AppModel& model);
+    explicit DuplicatesModel(const FeatureContext& context, QObject* parent = nullptr);
     ~DuplicatesModel() override;
 
     static constexpr const char* kChooseFolderTitle = "Choose a folder to search for duplicates.";
@@ -75,7 +80,7 @@ public:
     [[nodiscard]] qint64 minimumBytes() const { return minimumBytes_; }
     void setMinimumBytes(qint64 bytes);
     [[nodiscard]] QVariantList rootList() const;
-    [[nodiscard]] QVariantList groupList() const;
+    [[nodiscard]] QAbstractItemModel* groups() const;
     [[nodiscard]] QVariantList minimumChoices() const;
     [[nodiscard]] QString badge() const;   // byte text of what the groups free; empty before a scan
     [[nodiscard]] QString summary() const; // "<n> groups · <bytes> to free"
@@ -97,9 +102,11 @@ private:
     void setScanning(bool on);
     void pollProgress();
     void present(const DuplicateReview& review);
+    void groupsUpdated(); // the list follows groups_ and keep_
     [[nodiscard]] std::vector<std::string> rootPaths() const;
 
-    AppModel& model_;
+    const FeatureContext& ctx_;
+    NestedListModel* groupList_;
     std::vector<DuplicateRoot> roots_;
     std::vector<DuplicateGroup> groups_;
     DuplicateKeepMap keep_;

@@ -9,6 +9,11 @@
 #include <cmath>
 
 #include "core/UserDefaults.h"
+#include "core/qt/AppClock.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/KeyedListModel.h"
+#include "core/qt/QtText.h"
+#include "space/SpaceHistory.h"
 #include "foundation/ByteText.h"
 #include "space/DiskMapScanner.h"
 #include "space/DiskMapText.h"
@@ -17,8 +22,6 @@
 
 namespace bv {
 namespace {
-
-QString q(const std::string& s) { return QString::fromStdString(s); }
 
 std::string lastComponent(const std::string& path) {
     if (path == "/") return "/";
@@ -47,16 +50,30 @@ QString relativeName(const std::string& path, const std::string& root, const std
 
 } // namespace
 
-SpaceMapModel::SpaceMapModel(Environment environment, QObject* parent) : QObject(parent), env_(std::move(environment)) {
-    if (!env_.listVolumes) env_.listVolumes = [] { return MountedVolumes::list(); };
-    root_ = DiskMapScanner::realPath(env_.homePath.empty() ? std::string("/") : env_.homePath);
+SpaceMapModel::SpaceMapModel(const FeatureContext& context, QObject* parent)
+    : QObject(parent), ctx_(context), listVolumes_([] { return MountedVolumes::list(); }),
+      children_(new KeyedListModel({"path", "name", "bytes", "bytesText", "filesText", "share", "hasChildren", "colorIndex"},
+                                   this)),
+      snapshotList_(new KeyedListModel({"key", "dateText", "rootPath", "countedText", "volumeName", "sameRoot", "selected"},
+                                       this)) {
+    connect(this, &SpaceMapModel::nodeChanged, this, &SpaceMapModel::updateChildren);
+    connect(this, &SpaceMapModel::mapChanged, this, &SpaceMapModel::updateSnapshots);
+    connect(this, &SpaceMapModel::snapshotsChanged, this, &SpaceMapModel::updateSnapshots);
+    connect(this, &SpaceMapModel::comparisonChanged, this, &SpaceMapModel::updateSnapshots);
+    root_ = DiskMapScanner::realPath(ctx_.folders.home.empty() ? std::string("/") : ctx_.folders.home);
     poll_.setInterval(100); // ten readings a second; nothing is signalled per file
     connect(&poll_, &QTimer::timeout, this, &SpaceMapModel::pollProgress);
-    if (env_.live) {
+    if (ctx_.live) {
         timings_ = SpaceMapTimings::load(UserDefaults());
-        snapshots_ = MapSnapshots::load(env_.store);
-        volumes_ = env_.listVolumes();
+        snapshots_ = MapSnapshots::load(ctx_.store);
+        volumes_ = listVolumes_();
     }
+    updateSnapshots();
+}
+
+void SpaceMapModel::setVolumeLister(std::function<std::vector<MountedVolume>()> lister) {
+    listVolumes_ = std::move(lister);
+    refreshVolumes();
 }
 
 SpaceMapModel::~SpaceMapModel() {
@@ -79,7 +96,7 @@ void SpaceMapModel::chooseRoot(const QString& pathOrUrl) {
 }
 
 void SpaceMapModel::refreshVolumes() {
-    auto fresh = env_.listVolumes();
+    auto fresh = listVolumes_();
     if (fresh == volumes_) return;
     volumes_ = std::move(fresh);
     emit volumesChanged();
@@ -105,8 +122,8 @@ void SpaceMapModel::start() {
     const Uuid token = token_;
     const std::string root = root_;
     DiskMapScanner::Options options;
-    options.homePath = env_.homePath;
-    options.now = env_.now();
+    options.homePath = ctx_.folders.home;
+    options.now = ctx_.clock.now();
     auto cancel = cancel_;
     auto progress = progress_;
     QtConcurrent::run([root, options, cancel, progress] {
@@ -143,7 +160,7 @@ void SpaceMapModel::applyMap(DiskMap map, double seconds) {
     poll_.stop();
     if (progress_) pollProgress();
     // A cancelled map is kept on screen but its timing isn't remembered.
-    if (SpaceMapTimings::record(timings_, map, seconds) && env_.live) SpaceMapTimings::save(UserDefaults(), timings_);
+    if (SpaceMapTimings::record(timings_, map, seconds) && ctx_.live) SpaceMapTimings::save(UserDefaults(), timings_);
     map_ = std::move(map);
     trail_ = {map_->rootPath};
     scanning_ = false;
@@ -194,12 +211,14 @@ void SpaceMapModel::goToTrail(int index) {
 
 void SpaceMapModel::saveSnapshot() {
     if (!map_ || scanning_) return;
-    const SnapshotVolume volume = MapSnapshots::volumeFor(map_->rootPath, env_.startupVolume(), volumes_, env_.now());
+    const VolumeSnapshot latest = ctx_.latestVolume();
+    const SnapshotVolume startup{latest.volumeName, latest.totalBytes, latest.freeBytes, latest.capturedAt};
+    const SnapshotVolume volume = MapSnapshots::volumeFor(map_->rootPath, startup, volumes_, ctx_.clock.now());
     auto snapshot = MapSnapshots::make(*map_, volume, Uuid::generate());
     if (!snapshot) return; // a partial map is not saved
     const Uuid id = snapshot->id;
     MapSnapshots::insert(snapshots_, std::move(*snapshot));
-    if (env_.live) MapSnapshots::save(env_.store, snapshots_);
+    if (ctx_.live) MapSnapshots::save(ctx_.store, snapshots_);
     emit snapshotsChanged();
     selectedSnapshot_ = id;
     recompare();
@@ -217,7 +236,7 @@ QString SpaceMapModel::snapshotRemovedText(const QString& id) const {
 void SpaceMapModel::deleteSnapshot(const QString& id) {
     const auto uuid = Uuid::parse(id.toStdString());
     if (!uuid || !MapSnapshots::remove(snapshots_, *uuid)) return;
-    if (env_.live) MapSnapshots::save(env_.store, snapshots_);
+    if (ctx_.live) MapSnapshots::save(ctx_.store, snapshots_);
     emit snapshotsChanged();
     if (selectedSnapshot_ == *uuid) {
         selectedSnapshot_.reset();
@@ -248,7 +267,7 @@ void SpaceMapModel::recompare() {
 
 QString SpaceMapModel::byteText(qint64 bytes) const { return q(bv::byteText(bytes)); }
 QString SpaceMapModel::rootPath() const { return q(root_); }
-QString SpaceMapModel::rootName() const { return q(DiskMapScanner::displayName(root_, env_.homePath, {})); }
+QString SpaceMapModel::rootName() const { return q(DiskMapScanner::displayName(root_, ctx_.folders.home, {})); }
 QString SpaceMapModel::estimateText() const { return q(SpaceMapTimings::estimateText(currentEstimate())); }
 
 QString SpaceMapModel::startTitle() const {
@@ -313,21 +332,20 @@ QString SpaceMapModel::nodeBytesText() const {
     return n ? q(bv::byteText(n->bytes)) : QString();
 }
 
-QVariantList SpaceMapModel::nodeChildren() const {
-    QVariantList out;
-    const DiskMapNode* n = currentNode();
-    if (!n) return out;
-    int i = 0;
-    for (const auto& c : n->children)
-        out.push_back(QVariantMap{{"path", q(c.path)},
-                                  {"name", q(c.name)},
-                                  {"bytes", static_cast<qint64>(c.bytes)},
-                                  {"bytesText", q(bv::byteText(c.bytes))},
-                                  {"filesText", q(groupedCount(c.fileCount)) + QStringLiteral(" files")},
-                                  {"share", n->bytes > 0 ? static_cast<double>(c.bytes) / static_cast<double>(n->bytes) : 0.0},
-                                  {"hasChildren", !c.children.empty()},
-                                  {"colorIndex", i++}});
-    return out;
+QAbstractItemModel* SpaceMapModel::nodeChildren() const { return children_; }
+
+void SpaceMapModel::updateChildren() {
+    std::vector<KeyedListModel::Row> rows;
+    if (const DiskMapNode* n = currentNode()) {
+        int i = 0;
+        for (const auto& c : n->children)
+            rows.push_back({q(c.path),
+                            {q(c.path), q(c.name), static_cast<qint64>(c.bytes), q(bv::byteText(c.bytes)),
+                             q(groupedCount(c.fileCount)) + QStringLiteral(" files"),
+                             n->bytes > 0 ? static_cast<double>(c.bytes) / static_cast<double>(n->bytes) : 0.0,
+                             !c.children.empty(), i++}});
+    }
+    children_->setRows(std::move(rows));
 }
 
 QString SpaceMapModel::emptyNodeText() const {
@@ -374,17 +392,17 @@ QVariantList SpaceMapModel::volumes() const {
     return out;
 }
 
-QVariantList SpaceMapModel::snapshots() const {
-    QVariantList out;
-    for (const auto& s : snapshots_)
-        out.push_back(QVariantMap{{"id", q(s.id.text())},
-                                  {"dateText", dateText(s.date)},
-                                  {"rootPath", q(s.rootPath)},
-                                  {"countedText", q(bv::byteText(s.countedBytes))},
-                                  {"volumeName", q(s.volumeName)},
-                                  {"sameRoot", map_ && map_->rootPath == s.rootPath},
-                                  {"selected", selectedSnapshot_ && *selectedSnapshot_ == s.id}});
-    return out;
+QAbstractItemModel* SpaceMapModel::snapshots() const { return snapshotList_; }
+
+void SpaceMapModel::updateSnapshots() {
+    std::vector<KeyedListModel::Row> rows;
+    for (const auto& s : snapshots_) {
+        const QString key = q(s.id.text());
+        rows.push_back({key,
+                        {key, dateText(s.date), q(s.rootPath), q(bv::byteText(s.countedBytes)), q(s.volumeName),
+                         map_ && map_->rootPath == s.rootPath, selectedSnapshot_ && *selectedSnapshot_ == s.id}});
+    }
+    snapshotList_->setRows(std::move(rows));
 }
 
 QString SpaceMapModel::selectedSnapshotId() const { return selectedSnapshot_ ? q(selectedSnapshot_->text()) : QString(); }

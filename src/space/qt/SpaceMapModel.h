@@ -1,4 +1,5 @@
 #pragma once
+#include <QAbstractItemModel>
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
@@ -13,7 +14,6 @@
 #include <string>
 #include <vector>
 
-#include "core/AppPersistence.h"
 #include "foundation/CancellationFlag.h"
 #include "foundation/Uuid.h"
 #include "space/DiskMap.h"
@@ -21,6 +21,9 @@
 #include "space/SpaceMapTimings.h"
 
 namespace bv {
+
+struct FeatureContext;
+class KeyedListModel;
 
 // The Space Map's state for the screen: the chosen root, the scan in flight with its progress,
 // the current map and the folder being looked at, the mounted volumes, the timings that give
@@ -52,10 +55,12 @@ class SpaceMapModel : public QObject {
     Q_PROPERTY(bool canGoBack READ canGoBack NOTIFY nodeChanged)
     Q_PROPERTY(QString nodeName READ nodeName NOTIFY nodeChanged)
     Q_PROPERTY(QString nodeBytesText READ nodeBytesText NOTIFY nodeChanged)
-    Q_PROPERTY(QVariantList nodeChildren READ nodeChildren NOTIFY nodeChanged)
+    // Rows keyed by path: path, name, bytes, bytesText, filesText, share, hasChildren, colorIndex.
+    Q_PROPERTY(QAbstractItemModel* nodeChildren READ nodeChildren CONSTANT)
     Q_PROPERTY(QString emptyNodeText READ emptyNodeText NOTIFY nodeChanged)
     Q_PROPERTY(QVariantList volumes READ volumes NOTIFY volumesChanged)
-    Q_PROPERTY(QVariantList snapshots READ snapshots NOTIFY snapshotsChanged)
+    // Rows keyed by id: key, dateText, rootPath, countedText, volumeName, sameRoot, selected.
+    Q_PROPERTY(QAbstractItemModel* snapshots READ snapshots CONSTANT)
     Q_PROPERTY(bool canSaveSnapshot READ canSaveSnapshot NOTIFY mapChanged)
     Q_PROPERTY(QString selectedSnapshotId READ selectedSnapshotId NOTIFY comparisonChanged)
     Q_PROPERTY(bool comparing READ comparing NOTIFY comparisonChanged)
@@ -63,17 +68,9 @@ class SpaceMapModel : public QObject {
     Q_PROPERTY(QString comparisonText READ comparisonText NOTIFY comparisonChanged)
 
 public:
-    struct Environment {
-        bool live = true;                   // false: nothing is read from or written to disk
-        AppPersistence store;               // where "snapshots.json" lives
-        std::string homePath;
-        std::function<TimePoint()> now = [] { return Clock::now(); };
-        // The start-up volume's latest sample, for snapshots of "/".
-        std::function<SnapshotVolume()> startupVolume = [] { return SnapshotVolume{}; };
-        std::function<std::vector<MountedVolume>()> listVolumes;
-    };
-
-    explicit SpaceMapModel(Environment environment, QObject* parent = nullptr);
+    explicit SpaceMapModel(const FeatureContext& context, QObject* parent = nullptr);
+    // Seam for tests: where the mounted drives come from (default: the mount table).
+    void setVolumeLister(std::function<std::vector<MountedVolume>()> lister);
     ~SpaceMapModel() override;
 
     // ---- operations --------------------------------------------------------------------
@@ -125,10 +122,10 @@ public:
     [[nodiscard]] bool canGoBack() const { return trail_.size() > 1; }
     [[nodiscard]] QString nodeName() const;
     [[nodiscard]] QString nodeBytesText() const;
-    [[nodiscard]] QVariantList nodeChildren() const;
+    [[nodiscard]] QAbstractItemModel* nodeChildren() const;
     [[nodiscard]] QString emptyNodeText() const;
     [[nodiscard]] QVariantList volumes() const;
-    [[nodiscard]] QVariantList snapshots() const;
+    [[nodiscard]] QAbstractItemModel* snapshots() const;
     [[nodiscard]] bool canSaveSnapshot() const { return map_ && !map_->truncated && !scanning_; }
     [[nodiscard]] QString selectedSnapshotId() const;
     [[nodiscard]] bool comparing() const { return selectedSnapshot_.has_value(); }
@@ -149,10 +146,15 @@ signals:
 private:
     void pollProgress();
     void recompare();
+    void updateChildren();
+    void updateSnapshots();
     [[nodiscard]] const DiskMapNode* currentNode() const;
     [[nodiscard]] std::optional<SpaceMapTimings::Estimate> currentEstimate() const;
 
-    Environment env_;
+    const FeatureContext& ctx_;
+    std::function<std::vector<MountedVolume>()> listVolumes_;
+    KeyedListModel* children_;
+    KeyedListModel* snapshotList_;
     std::string root_;
     bool scanning_ = false;
     Uuid token_ = Uuid::generate();

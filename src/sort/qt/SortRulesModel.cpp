@@ -1,99 +1,86 @@
-// The model's rule lists (older Downloads rules, sort rules, folder rules), their loading at
-// construction, the one-time seeding of the default sort rule, and the sort rule editor's
-// draft: the text box, the chosen line, per-line edits and what the parser made of them.
+#include "sort/qt/SortRulesModel.h"
+
 #include <QVariantMap>
 
-#include "core/AppModel.h"
+#include "core/qt/AppClock.h"
+#include "core/qt/FeatureContext.h"
+#include "core/qt/QtText.h"
+#include "core/qt/Settings.h"
 #include "sort/SortRuleStore.h"
 
 namespace bv {
-namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
-
-} // namespace
-
-void AppModel::loadRuleFiles() {
-    const TimePoint now = now_();
-    LoadedSortRules loaded = loadSortRuleFiles(store_, now);
+SortRulesModel::SortRulesModel(const FeatureContext& context, QObject* parent) : QObject(parent), ctx_(context) {
+    if (!ctx_.live) return;
+    LoadedSortRules loaded = loadSortRuleFiles(ctx_.store, ctx_.clock.now());
     rules_ = std::move(loaded.cleanupRules);
     sortRules_ = std::move(loaded.sortRules);
-    folderRules_ = loadFolderRules(store_);
-    folderDraft_ = FolderRuleDraft::fresh();
 }
 
-// Auto-Sort: offer the default sort rule once, after the stored rules are loaded. The flag
-// is saved first so a user who deletes the rule never gets it back.
-void AppModel::seedDefaultRules() {
-    const SeedOutcome outcome = seedDefaultSortRule(settings_, sortRules_, now_(), calendar_);
-    if (outcome.settingsChanged) {
-        saveSettings();
-        emit settingsChanged();
-    }
-    if (outcome.rulesChanged) {
-        saveSortRuleFiles(store_, sortRules_, rules_);
-        rules_ = cleanupRulesForSaving(sortRules_, rules_);
-        emit sortRulesChanged();
-    }
-}
-
-void AppModel::setSortRules(std::vector<SortRule> rules) {
-    if (rules == sortRules_) return;
-    sortRules_ = std::move(rules);
-    saveSortRuleFiles(store_, sortRules_, rules_);
+void SortRulesModel::save() {
+    if (ctx_.live) saveSortRuleFiles(ctx_.store, sortRules_, rules_);
     rules_ = cleanupRulesForSaving(sortRules_, rules_);
+}
+
+void SortRulesModel::seedDefaultRules() {
+    SeedOutcome outcome;
+    ctx_.settings.update([&](BrimvaleSettings& s) {
+        outcome = seedDefaultSortRule(s, sortRules_, ctx_.clock.now(), ctx_.calendar);
+    });
+    if (!outcome.rulesChanged) return;
+    save();
     emit sortRulesChanged();
 }
 
-void AppModel::setFolderRules(std::vector<FolderWatchRule> rules) {
-    if (rules == folderRules_) return;
-    folderRules_ = std::move(rules);
-    saveFolderRules(store_, folderRules_);
-    emit folderRulesChanged();
+void SortRulesModel::setSortRules(std::vector<SortRule> rules) {
+    if (rules == sortRules_) return;
+    sortRules_ = std::move(rules);
+    save();
+    emit sortRulesChanged();
 }
 
 // ---- the sort rule editor -----------------------------------------------------------------
 
-QString AppModel::draftPhraseText() const { return q(draftPhrase_); }
+QString SortRulesModel::draftPhraseText() const { return q(draftPhrase_); }
 
-void AppModel::setDraftPhrase(const QString& text) {
+void SortRulesModel::setDraftPhrase(const QString& text) {
     const std::string phrase = text.toStdString();
     if (phrase == draftPhrase_) return;
     draftPhrase_ = phrase;
     lineOverrides_.clear();
-    draftLines_ = SortRuleParser::reviewLines(draftPhrase_, now_());
+    draftLines_ = SortRuleParser::reviewLines(draftPhrase_, ctx_.clock.now());
     // The chosen line survives while it still exists; otherwise the first line is chosen.
     if (draftLines_.empty() || editorLineIndex_ >= static_cast<int>(draftLines_.size()) || editorLineIndex_ < 0)
         editorLineIndex_ = 0;
-    refreshRuleDraft();
+    refreshDraft();
 }
 
-void AppModel::setEditorLineIndex(int index) {
+void SortRulesModel::setEditorLineIndex(int index) {
     if (draftLines_.empty() || index < 0 || index >= static_cast<int>(draftLines_.size())) index = 0;
     if (index == editorLineIndex_) return;
     editorLineIndex_ = index;
-    refreshRuleDraft();
+    refreshDraft();
 }
 
-void AppModel::setRuleNameIsAutomatic(bool on) {
+void SortRulesModel::setRuleNameIsAutomatic(bool on) {
     if (on == ruleNameIsAutomatic_) return;
     ruleNameIsAutomatic_ = on;
-    refreshRuleDraft();
+    refreshDraft();
 }
 
-void AppModel::setDraftDestinationPath(const std::string& path) {
+void SortRulesModel::setDraftDestinationPath(const std::string& path) {
     if (path == draftDestinationPath_) return;
     draftDestinationPath_ = path;
-    refreshRuleDraft();
+    refreshDraft();
 }
 
-void AppModel::setLineOverride(int index, const SortRule& rule) {
+void SortRulesModel::setLineOverride(int index, const SortRule& rule) {
     if (index < 0 || index >= static_cast<int>(draftLines_.size())) return;
     lineOverrides_[index] = rule;
-    if (index == editorLineIndex_) refreshRuleDraft();
+    if (index == editorLineIndex_) refreshDraft();
 }
 
-void AppModel::refreshRuleDraft() {
+void SortRulesModel::refreshDraft() {
     const std::optional<ParsedSort> previous = draftSort_;
     draftSort_.reset();
     draftError_.reset();
@@ -126,19 +113,19 @@ void AppModel::refreshRuleDraft() {
             draftSort_ = std::move(parsed);
         }
     }
-    emit ruleDraftChanged();
+    emit draftChanged();
 }
 
-QString AppModel::draftErrorText() const { return draftError_ ? q(*draftError_) : QString(); }
+QString SortRulesModel::draftErrorText() const { return draftError_ ? q(*draftError_) : QString(); }
 
-QVariantList AppModel::draftUnrecognizedList() const {
+QVariantList SortRulesModel::draftUnrecognizedList() const {
     QVariantList list;
     for (const auto& span : draftUnrecognized_)
         list.push_back(QVariantMap{{"text", q(span.text)}, {"start", span.start}, {"length", span.length}});
     return list;
 }
 
-QVariantMap AppModel::draftSortMap() const {
+QVariantMap SortRulesModel::draftSortMap() const {
     if (!draftSort_) return {};
     const SortRule& rule = draftSort_->rule;
     QVariantList chips;
