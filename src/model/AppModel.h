@@ -29,6 +29,7 @@ class CueBus;
 class DuplicatesModel;
 class FolderAccessModel;
 class FolderRulesModel;
+class GuidanceModel;
 class LowSpaceModel;
 class Messages;
 class NotificationCenter;
@@ -62,6 +63,7 @@ class AppModel : public QObject {
     Q_MOC_INCLUDE("space/qt/SpaceMapModel.h")
     Q_MOC_INCLUDE("sort/qt/SortRulesModel.h")
     Q_MOC_INCLUDE("autopilot/qt/FolderRulesModel.h")
+    Q_MOC_INCLUDE("guidance/qt/GuidanceModel.h")
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
@@ -92,6 +94,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
     Q_PROPERTY(bv::SortRulesModel* sortRules READ sortRules CONSTANT)
     Q_PROPERTY(bv::FolderRulesModel* folderRules READ folderRules CONSTANT)
+    Q_PROPERTY(bv::GuidanceModel* guidance MEMBER guidance_ CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -235,12 +238,12 @@ private:
     SpaceMapModel* spaceMap_ = nullptr;
     SortRulesModel* sortRules_ = nullptr;
     FolderRulesModel* folderRules_ = nullptr;
+    GuidanceModel* guidance_ = nullptr;
 
     bool didStart_ = false;
     bool isRefreshing_ = false;
     bool fullDiskAccessGranted_ = false;
     bool didReadFullDiskAccess_ = false;
-    bool isOnboardingPresented_ = false;
     SidebarSection currentScreen_ = SidebarSection::overview;
     SidebarSection focusSection_ = SidebarSection::overview;
     int focusSectionToken_ = 0;

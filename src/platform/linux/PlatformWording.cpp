@@ -28,6 +28,8 @@ std::string platformWording(const std::string& text) {
         {"open the Trash in the Dock and choose Put Back", "open the Trash in your file manager and choose Restore"},
         {"~/Library/Logs/Brimvale", logsFolderForPeople()},
         {"the Dock", "your file manager"},
+        {"this Mac", "this computer"},
+        {"Your Mac", "Your computer"},
         {"other APFS volumes", "other volumes"},
     };
     std::string out = text;
