@@ -22,7 +22,7 @@ Popup {
 
     StackLayout {
         anchors.fill: parent
-        currentIndex: ["welcome", "access", "scanning", "report", "firstClean"].indexOf(sheet.step)
+        currentIndex: ({ welcome: 0, access: 1, scanning: 2, report: 3, firstClean: 4 })[sheet.step] ?? 0
 
         // Welcome.
         ColumnLayout {
@@ -99,11 +99,12 @@ Popup {
             Repeater {
                 model: sheet.g.firstRunTotals
                 RowLayout {
+                    id: totalLine
                     required property var modelData
                     Layout.fillWidth: true
-                    Label { text: modelData.title; color: Theme.text; Layout.fillWidth: true }
-                    Label { text: modelData.safety; color: Theme.tertiaryText; font.pixelSize: Theme.captionSize }
-                    Label { text: modelData.sizeText; color: Theme.text; font.bold: true }
+                    Label { text: totalLine.modelData.title; color: Theme.text; Layout.fillWidth: true }
+                    Label { text: totalLine.modelData.safety; color: Theme.tertiaryText; font.pixelSize: Theme.captionSize }
+                    Label { text: totalLine.modelData.sizeText; color: Theme.text; font.bold: true }
                 }
             }
             Label {
@@ -166,8 +167,8 @@ Popup {
                         width: ListView.view.width
                         text: title + "  \u00b7  " + sizeText
                         checked: selected
-                        enabled: !sheet.g.firstRunCleaning
-                        onToggled: sheet.g.setItemSelected(itemId, checked)
+                        enabled: !AppModel.guidance.firstRunCleaning
+                        onToggled: AppModel.guidance.setItemSelected(itemId, checked)
                         ToolTip.text: pathText
                         ToolTip.visible: hovered
                     }
@@ -215,9 +216,10 @@ Popup {
         modal: true
         anchors.centerIn: parent
         Label { text: sheet.g.texts.confirmText; wrapMode: Text.WordWrap; width: 340 }
-        footer: DialogButtonBox {
-            Button { text: "Cancel"; DialogButtonBox.buttonRole: DialogButtonBox.RejectRole }
-            Button { objectName: "confirmMove"; text: "Move to Trash"; highlighted: true; DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole }
+        footer: RowLayout {
+            Item { Layout.fillWidth: true }
+            Button { text: "Cancel"; onClicked: confirm.reject() }
+            Button { objectName: "confirmMove"; text: "Move to Trash"; highlighted: true; onClicked: confirm.accept() }
         }
         onAccepted: sheet.g.confirmFirstClean()
     }

@@ -24,16 +24,18 @@ ColumnLayout {
         clip: true
 
         // How far the scene's animation has run, 0 to 1; it stands at 1 when motion is reduced.
-        property real t: view.g.reducedMotion ? 1 : 0
-        NumberAnimation on t {
+        property real t: 1
+        NumberAnimation {
             id: play
-            running: !view.g.reducedMotion
+            target: stage; property: "t"
             from: 0; to: 1; duration: 1400; easing.type: Easing.OutCubic
         }
+        // Each slide's scene plays once as it appears; with reduced motion it stands finished.
         Connections {
             target: view.g
             function onTourChanged() { if (!view.g.reducedMotion) play.restart() }
         }
+        Component.onCompleted: if (!view.g.reducedMotion) play.restart()
 
         // See where the space went: a disk bar fills to its used share.
         Item {
