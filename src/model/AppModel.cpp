@@ -28,6 +28,8 @@
 #include "core/qt/WatchRequests.h"
 #include "duplicates/qt/DuplicatesModel.h"
 #include "foundation/ByteText.h"
+#include "guidance/Celebration.h"
+#include "guidance/qt/GuidanceModel.h"
 #include "platform/XdgPaths.h"
 #include "sort/qt/SortRulesModel.h"
 #include "space/NewToday.h"
@@ -105,6 +107,7 @@ void AppModel::buildRooms() {
     sortRules_ = new SortRulesModel(ctx, this);
     folderRules_ = new FolderRulesModel(ctx, this);
     arrange_ = new ArrangeLive(ctx, this);
+    guidance_ = new GuidanceModel(ctx, this);
 }
 
 // How the rooms hear of each other: the shell's wiring, so no feature knows another.
@@ -135,6 +138,27 @@ void AppModel::connectRooms() {
     connect(sortRules_, &SortRulesModel::sortRulesChanged, arrange_, [this] { arrange_->setRules(sortRules_->sortRules()); });
     connect(arrange_, &ArrangeLive::rulesEdited, sortRules_, &SortRulesModel::setSortRules);
     arrange_->setRules(sortRules_->sortRules());
+    // Guidance: what a cue reads, the cue's way to the preview, the celebration after a clean,
+    // and first run's end (a refresh; a notice held back behind the sheet comes out).
+    guidance_->setCueContextSource([this] {
+        CueContext c;
+        c.screen = currentScreen().toStdString();
+        c.sheetOpen = cleanRun_->isSheetPresented();
+        c.scanning = smartClean_->scanning() || survey_->scanning();
+        c.reclaimableBytes = smartClean_->reclaimableBytes();
+        c.hasCleanedEver = !log_->logEntries().empty();
+        c.lastCleanFreed = cleanRun_->lastFreed();
+        c.hasScannedDuplicates = duplicates_->hasScannedDuplicates();
+        return c;
+    });
+    connect(guidance_, &GuidanceModel::cleanupPreviewRequested, this, &AppModel::openCleanupPreview);
+    connect(cleanRun_, &CleanRun::sheetPresentedChanged, this, [this] {
+        if (cleanRun_->isSheetPresented()) guidance_->noteBestBeforeRun(previousBest(log_->logEntries()));
+        else cues_->reevaluate();
+    });
+    connect(cleanRun_, &CleanRun::runFinished, this,
+            [this] { guidance_->celebrate(cleanRun_->lastFreed(), guidance_->bestBeforeRun()); });
+    connect(guidance_, &GuidanceModel::firstRunClosed, this, &AppModel::refresh);
     // The review action or a click on a low-space alert: the window comes forward and the
     // clean-up preview is on its way.
     connect(&NotificationRouter::shared(), &NotificationRouter::brimvalePreviewCleanup, this,
@@ -229,7 +253,7 @@ void AppModel::recheckFullDiskAccess() {
     const bool granted = true;
     const bool wasGranted = fullDiskAccessGranted_;
     const bool hadRead = didReadFullDiskAccess_;
-    const bool wasOnboarding = isOnboardingPresented_;
+    const bool wasOnboarding = guidance_->isOnboardingPresented();
     didReadFullDiskAccess_ = true;
     if (fullDiskAccessGranted_ != granted) {
         fullDiskAccessGranted_ = granted;
@@ -237,13 +261,14 @@ void AppModel::recheckFullDiskAccess() {
     }
     if (granted && !wasGranted && hadRead && loadLiveData_) cues_->play("arrival", 0.35);
     const auto& s = settings_->value();
-    if (s.didSkipFullDiskAccess && !s.didCompleteFirstRun && !isOnboardingPresented_)
+    if (s.didSkipFullDiskAccess && !s.didCompleteFirstRun && !guidance_->isOnboardingPresented())
         settings_->update([](BrimvaleSettings& v) { v.didCompleteFirstRun = true; });
     if (settings_->value().didCompleteFirstRun && granted && wasOnboarding)
         QTimer::singleShot(0, this, [this] {
             survey_->survey(true);
             smartClean_->scan();
         });
+    if (!settings_->value().didCompleteFirstRun && loadLiveData_) guidance_->presentOnboarding(granted);
 }
 
 void AppModel::openCleanupPreview() { smartClean_->reviewAndClean(); }

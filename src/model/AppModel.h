@@ -30,6 +30,7 @@ class DuplicatesModel;
 class FolderAccessModel;
 class FolderRulesModel;
 class ArrangeLive;
+class GuidanceModel;
 class LowSpaceModel;
 class Messages;
 class NotificationCenter;
@@ -64,6 +65,7 @@ class AppModel : public QObject {
     Q_MOC_INCLUDE("sort/qt/SortRulesModel.h")
     Q_MOC_INCLUDE("autopilot/qt/FolderRulesModel.h")
     Q_MOC_INCLUDE("arrange/qt/ArrangeLive.h")
+    Q_MOC_INCLUDE("guidance/qt/GuidanceModel.h")
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
@@ -95,6 +97,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::SortRulesModel* sortRules READ sortRules CONSTANT)
     Q_PROPERTY(bv::FolderRulesModel* folderRules READ folderRules CONSTANT)
     Q_PROPERTY(bv::ArrangeLive* arrange MEMBER arrange_ CONSTANT)
+    Q_PROPERTY(bv::GuidanceModel* guidance MEMBER guidance_ CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -237,12 +240,12 @@ private:
     SortRulesModel* sortRules_ = nullptr;
     FolderRulesModel* folderRules_ = nullptr;
     ArrangeLive* arrange_ = nullptr;
+    GuidanceModel* guidance_ = nullptr;
 
     bool didStart_ = false;
     bool isRefreshing_ = false;
     bool fullDiskAccessGranted_ = false;
     bool didReadFullDiskAccess_ = false;
-    bool isOnboardingPresented_ = false;
     SidebarSection currentScreen_ = SidebarSection::overview;
     SidebarSection focusSection_ = SidebarSection::overview;
     int focusSectionToken_ = 0;

@@ -10,6 +10,8 @@
 
 #include "model/AppModel.h"
 #include "core/qt/SingleInstance.h"
+#include "guidance/qt/CuePlayer.h"
+#include "guidance/qt/GuidanceModel.h"
 
 void qml_register_types_Brimvale_Core();
 void qml_register_types_Brimvale();
@@ -55,6 +57,8 @@ int runGuiApplication(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QUICK_CONTROLS_STYLE")) QQuickStyle::setStyle(QStringLiteral("Basic"));
 
     AppModel model(AppModel::liveDataFromEnvironment());
+    CuePlayer cuePlayer; // the cues are heard only in the desktop program
+    model.room<GuidanceModel>()->setSoundOutput(&cuePlayer);
     model.start();
 
     QQmlApplicationEngine engine;

@@ -63,6 +63,10 @@ ApplicationWindow {
             Action { text: "&Quit"; shortcut: "Ctrl+Q"; onTriggered: Qt.quit() }
         }
         Menu {
+            title: "&Help"
+            Action { text: "Take the Tour"; onTriggered: AppModel.guidance.takeTheTour() }
+        }
+        Menu {
             id: viewMenu
             title: "&View"
             Action { text: "Refresh"; shortcut: "Ctrl+R"; onTriggered: AppModel.refreshEverything() }
@@ -136,6 +140,11 @@ ApplicationWindow {
         id: cleanupSheet
         onConfirmRuleRequested: { AppModel.folderRules.confirmRule(); AppModel.cleanRun.dismissSheet() }
     }
+    // Guidance: the cue of the screen, the celebration after a clean, first run and the tour.
+    CueLine { anchors { right: parent.right; bottom: parent.bottom; margins: 20 } width: Math.min(560, parent.width - 300) }
+    CelebrationLayer { anchors.fill: parent }
+    FirstRunSheet {}
+    TourSheet {}
 
     MessageDialog {
         id: errorDialog
@@ -152,6 +161,7 @@ ApplicationWindow {
         message: AppModel.messages.cleanupNoticeMessage
         // An error goes first: only one alert is up at a time.
         visible: AppModel.messages.hasCleanupNotice && AppModel.messages.errorMessage.length === 0
+                 && !AppModel.guidance.isOnboardingPresented // never behind the first-run sheet
         onClosed: AppModel.messages.dismissCleanupNotice()
     }
 }

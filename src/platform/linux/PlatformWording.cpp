@@ -29,6 +29,8 @@ std::string platformWording(const std::string& text) {
         {"~/Library/Logs/Brimvale", logsFolderForPeople()},
         {"the Dock", "your file manager"},
         {"in Finder", "in your file manager"},
+        {"this Mac", "this computer"},
+        {"Your Mac", "Your computer"},
         {"other APFS volumes", "other volumes"},
         // The rule-folder refusal names Linux's app-data places where it names the Library.
         {"Music, and Library can\u2019t", "Music, and app data such as ~/.local and ~/.config can\u2019t"},
