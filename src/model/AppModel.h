@@ -71,8 +71,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
     Q_PROPERTY(bool didStart READ didStart NOTIFY didStartChanged)
     Q_PROPERTY(bool isRefreshing READ isRefreshing NOTIFY isRefreshingChanged)
-    // "Scanning…" while the storage survey or the developer cache scan runs, else
-    // "Updated " and the time of the last refresh.
+    // "Scanning…" while the storage survey or the cache scan runs, else "Updated " and a time.
     Q_PROPERTY(QString statusLine READ statusLine NOTIFY statusLineChanged)
     Q_PROPERTY(bool fullDiskAccessGranted READ fullDiskAccessGranted NOTIFY fullDiskAccessChanged)
     Q_PROPERTY(QString currentScreen READ currentScreen WRITE setCurrentScreen NOTIFY currentScreenChanged)
@@ -110,14 +109,12 @@ public:
     // False when the environment holds XCTestConfigurationFilePath (tooling sets it).
     [[nodiscard]] static bool liveDataFromEnvironment();
 
-    // ---- the shell's operations ---------------------------------------------------------
     // Once per process: restores access, attaches notifications, installs the volume
     // observers, refreshes, starts each feature and the minute clock.
     Q_INVOKABLE void start();
-    // The volume reading and both "new today" lists, read in the background; a call while one
-    // runs is dropped, not queued.
+    // The volume reading and both "new today" lists, in the background; dropped while one runs.
     Q_INVOKABLE void refresh();
-    // The Overview's and the menu's Refresh: refresh, then a forced storage survey.
+    // The Overview's and the menu's Refresh: refresh, then a forced survey.
     Q_INVOKABLE void refreshEverything();
     // One minute passed: refresh, then the features' due checks (AppClock::ticked).
     void clockTick();
@@ -137,17 +134,14 @@ public:
     // A refresh's results; public so tests can drive them directly.
     void applySnapshot(const VolumeSnapshot& snapshot);
 
-    // ---- links and later starts (AppModelLinks.cpp) -------------------------------------
     // brimvale://watch and brimvale://scan; false leaves the link to other handlers.
     Q_INVOKABLE bool handleLink(const QUrl& url);
-    // What a later start handed over: links, "--watch-folder PATH...", "--review-clean".
-    // Anything else just brings the window forward.
+    // What a later start handed over: links, "--watch-folder PATH...", "--review-clean"; else raise.
     void handleInstanceArguments(const QStringList& arguments);
     // The file manager's "Watch with Build Watch": the first folder among `paths` is taken;
     // with none, the answer is the text to show ("Choose a folder to watch.").
     [[nodiscard]] std::optional<QString> watchFolderService(const QStringList& paths);
 
-    // ---- state --------------------------------------------------------------------------
     [[nodiscard]] bool loadLiveData() const { return loadLiveData_; }
     [[nodiscard]] bool didStart() const { return didStart_; }
     [[nodiscard]] bool isRefreshing() const { return isRefreshing_; }
@@ -185,7 +179,7 @@ public:
     [[nodiscard]] SortRulesModel* sortRules() const { return sortRules_; }
     [[nodiscard]] FolderRulesModel* folderRules() const { return folderRules_; }
 
-    // ---- seams for tests ----------------------------------------------------------------
+    // Seams for tests.
     using VolumeReadFn = std::function<VolumeSnapshot(const std::string& home, TimePoint now)>;
     void setVolumeReader(VolumeReadFn reader);
     void setNow(std::function<TimePoint()> now);
