@@ -1,6 +1,7 @@
 // Brimvale's entry point. Terminal commands are answered before any GUI object exists; with
 // no display the overview is printed instead of opening a window.
 #include <QApplication>
+#include <QFileInfo>
 #include <QStringList>
 
 #include <cstdio>
