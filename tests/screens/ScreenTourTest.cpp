@@ -8,6 +8,7 @@
 
 #include <thread>
 
+#include <QDir>
 #include <QQmlApplicationEngine>
 #include <QQmlComponent>
 #include <QQuickItem>
@@ -27,13 +28,21 @@
 #include "support/DevCacheHome.h"
 #include "support/EventLoopWait.h"
 #include "support/TestEnvironment.h"
-#include "SaveScreenshot.h"
 
 using namespace bv;
 using bv::test::spin;
 using bv::test::spinUntil;
 
 namespace {
+
+// Grabs the window and saves it as `name` in BV_SCREENSHOT_DIR (a temporary folder when unset).
+void saveScreenshot(QQuickWindow* window, const QString& name) {
+    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
+    QDir().mkpath(dir);
+    const QImage image = window->grabWindow();
+    ASSERT_FALSE(image.isNull()) << name.toStdString();
+    EXPECT_TRUE(image.save(dir + "/" + name)) << name.toStdString();
+}
 
 // The main window over a model the test has set up; `shoot` lets it settle, then saves it.
 struct Screen {
@@ -49,7 +58,7 @@ struct Screen {
     void shoot(const QString& name, int settleMs = 200) {
         spin(settleMs);
         QCoreApplication::processEvents();
-        test::saveScreenshot(window, name);
+        saveScreenshot(window, name);
     }
 };
 
@@ -273,7 +282,7 @@ TEST(ScreenTour, EverySectionRendersAndIsSaved) {
             for (int y = 0; y < image.height(); y += 7)
                 for (int x = 0; x < image.width(); x += 7) colours.insert(image.pixel(x, y));
             EXPECT_GT(colours.size(), 8) << name.toStdString();
-            test::saveScreenshot(window, QString::number(info.key) + "-" + name + suffix + ".png");
+            saveScreenshot(window, QString::number(info.key) + "-" + name + suffix + ".png");
         }
     }
     window->resize(1120, 760);
@@ -422,6 +431,6 @@ Window {
     ASSERT_NE(window, nullptr);
     QCoreApplication::processEvents();
     for (const auto& w : warnings) ADD_FAILURE() << w.toString().toStdString();
-    test::saveScreenshot(window, "storage-survey.png");
+    saveScreenshot(window, "storage-survey.png");
     ::unlink(trashFile.c_str());
 }
