@@ -24,10 +24,3 @@ TEST(DevCacheCatalog, EveryRowIsComplete) {
         EXPECT_EQ(row.behavior.suffix.empty(), row.behavior.kind != Case::suffixedChildren) << row.id;
     }
 }
-
-// The rows whose clean-up runs a tool: the command is shown on their rows.
-TEST(DevCacheCatalog, ToolRows) {
-    EXPECT_EQ(DevCacheCatalog::recipe("npm")->toolCommand, "npm cache clean --force");
-    EXPECT_EQ(DevCacheCatalog::recipe("sim-unavailable")->toolCommand, "xcrun simctl delete unavailable");
-    EXPECT_EQ(DevCacheCatalog::recipe("missing"), nullptr);
-}

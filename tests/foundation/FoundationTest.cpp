@@ -27,8 +27,13 @@ TEST(Dates, IsoRoundTripAndStrictness) {
     EXPECT_EQ(isoDateText(*parseIsoDate("2026-11-15T23:16:00+01:00")), "2026-11-15T22:16:00Z");
     EXPECT_EQ(isoDateText(*parseIsoDate("2026-11-15T22:16:00.750Z")), "2026-11-15T22:16:00Z");
     for (const char* bad : {"", "2026-11-15", "2026-11-15 22:16:00Z", "2026-13-01T00:00:00Z", "2026-02-30T00:00:00Z",
-                            "2025-02-29T00:00:00Z", "2026-11-15T22:16:00", "2026-11-15T22:16:00Zjunk", "1763245000"})
+                            "2025-02-29T00:00:00Z", "2026-11-15T22:16:00", "2026-11-15T22:16:00Zjunk", "1763245000",
+                            // Years a time point cannot hold are refused, never wrapped into another date.
+                            "1013-01-02T03:04:05Z", "0001-01-01T00:00:00Z", "9999-12-31T23:59:59Z",
+                            "1677-12-31T23:59:59Z", "2262-01-01T00:00:00Z"})
         EXPECT_FALSE(parseIsoDate(bad)) << bad;
+    for (const char* edge : {"1678-01-01T00:00:00Z", "2261-12-31T23:59:59Z", "1969-12-31T23:59:59Z"})
+        EXPECT_EQ(isoDateText(parseIsoDate(edge).value_or(TimePoint{})), edge);
     EXPECT_TRUE(sameMoment(*t, *t + std::chrono::milliseconds(1000)));
     EXPECT_FALSE(sameMoment(*t, *t + std::chrono::milliseconds(1001)));
 }

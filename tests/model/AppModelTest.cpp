@@ -189,18 +189,6 @@ TEST_F(AppModelTest, FocusRequestsMoveTheTokenEveryTime) {
     EXPECT_EQ(spy.count(), 3);
 }
 
-TEST_F(AppModelTest, AnErrorGoesBeforeANotice) {
-    AppModel model(false);
-    Messages& m = *model.messages();
-    m.setErrorMessage("Nothing is selected to clean.");
-    m.setCleanupNotice(CleanupNotice{"Stopped", "Three of five items went to the Trash."});
-    EXPECT_FALSE(m.errorText().isEmpty());
-    EXPECT_TRUE(m.hasCleanupNotice());
-    m.dismissError();
-    EXPECT_TRUE(m.errorText().isEmpty());
-    EXPECT_TRUE(m.hasCleanupNotice());
-}
-
 TEST(RepeatingClock, ALongSleepGivesOneTickAndADeadlineAfterWaking) {
     using S = std::chrono::seconds;
     const S interval = 60s;

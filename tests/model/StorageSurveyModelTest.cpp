@@ -75,9 +75,6 @@ TEST(StorageSurveyModel, APlainSurveyWaitsFifteenMinutesAndOnlyRedrawsTheBarMean
         ASSERT_EQ(f.s.segments().size(), 6u);
         EXPECT_EQ(segment(f.s, "downloads"), FolderMeasure::bytes(XdgPaths::downloads()));
         EXPECT_EQ(segment(f.s, "apps"), FolderMeasure::bytes(XdgPaths::home() + "/Applications"));
-        std::int64_t whole = 0;
-        for (const auto& s : f.s.segments()) whole += s.bytes;
-        EXPECT_EQ(whole, kTotal) << "other takes up exactly what the known folders leave";
         ASSERT_FALSE(f.s.topFolders().empty());
         EXPECT_EQ(f.s.topFolders().front().id, "downloads");
         EXPECT_TRUE(f.s.coverageItems().empty()) << "an empty Trash has no row";
