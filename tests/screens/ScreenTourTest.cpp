@@ -27,22 +27,15 @@
 #include "space/qt/StorageSurveyModel.h"
 #include "support/DevCacheHome.h"
 #include "support/EventLoopWait.h"
+#include "SaveScreenshot.h"
 #include "support/TestEnvironment.h"
 
 using namespace bv;
+using bv::test::saveScreenshot;
 using bv::test::spin;
 using bv::test::spinUntil;
 
 namespace {
-
-// Grabs the window and saves it as `name` in BV_SCREENSHOT_DIR (a temporary folder when unset).
-void saveScreenshot(QQuickWindow* window, const QString& name) {
-    const QString dir = qEnvironmentVariable("BV_SCREENSHOT_DIR", QDir::tempPath() + "/brimvale-screenshots");
-    QDir().mkpath(dir);
-    const QImage image = window->grabWindow();
-    ASSERT_FALSE(image.isNull()) << name.toStdString();
-    EXPECT_TRUE(image.save(dir + "/" + name)) << name.toStdString();
-}
 
 // The main window over a model the test has set up; `shoot` lets it settle, then saves it.
 struct Screen {
