@@ -89,7 +89,7 @@ TEST(BuildWatchCatalog, BlocksHomeSystemAndPrivateFoldersButNotProjectsInDocumen
     };
     const Row rows[] = {
         {"/", true},           {home, true},          {home + "/", true},      {"/home", true},
-        {"/usr", true},        {"/usr/src/app", false}, {"/mnt/disk", true},   {"/proc/1", true},
+        {"/usr", true},        {"/usr/src/app", true}, {"/mnt/disk", true},   {"/proc/1", true},
         {home + "/Documents", true}, {home + "/Documents/app", false}, {home + "/Dokumente", true},
         {home + "/Dokumente/app", false}, {home + "/.config/tool", true}, {home + "/.cargo/registry", true},
         {home + "/code/app", false},  {home + "/code/app/.git", true},
