@@ -175,6 +175,8 @@ TEST(ScreenTour, CleanupSheetBeforeDuringAndAfterARun) {
 // of one group and the screen's own words are on show.
 TEST(ScreenTour, DuplicatesShowsGroupsWithKeepers) {
     const std::string home = XdgPaths::home();
+    // Other screens' tests leave their own copies in the shared home; this one starts bare.
+    for (const char* folder : {"Pictures", "Downloads", "Music", "Documents", "Movies"}) test::removeTree(home + "/" + folder);
     const auto photo = media(4'200'000, 'p');
     test::writeFile(home + "/Pictures/Holiday 2025/IMG_2041.jpg", photo);
     test::writeFile(home + "/Pictures/Phone backup/IMG_2041.jpg", photo);
