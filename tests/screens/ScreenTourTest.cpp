@@ -175,24 +175,26 @@ TEST(ScreenTour, CleanupSheetBeforeDuringAndAfterARun) {
 // of one group and the screen's own words are on show.
 TEST(ScreenTour, DuplicatesShowsGroupsWithKeepers) {
     const std::string home = XdgPaths::home();
-    // Other screens' tests leave their own copies in the shared home; this one starts bare.
-    for (const char* folder : {"Pictures", "Downloads", "Music", "Documents", "Movies"}) test::removeTree(home + "/" + folder);
+    // Other screens' tests leave their own copies in the shared home; this one searches a
+    // folder of its own.
+    const std::string root = home + "/Copies";
+    test::removeTree(root);
     const auto photo = media(4'200'000, 'p');
-    test::writeFile(home + "/Pictures/Holiday 2025/IMG_2041.jpg", photo);
-    test::writeFile(home + "/Pictures/Phone backup/IMG_2041.jpg", photo);
-    test::writeFile(home + "/Downloads/IMG_2041 (1).jpg", photo);
+    test::writeFile(root + "/Pictures/Holiday 2025/IMG_2041.jpg", photo);
+    test::writeFile(root + "/Pictures/Phone backup/IMG_2041.jpg", photo);
+    test::writeFile(root + "/Downloads/IMG_2041 (1).jpg", photo);
     const auto song = media(38'500'000, 's');
-    test::writeFile(home + "/Music/Sólstafir – Berdreyminn/01 Silfur-Refur.flac", song);
-    test::writeFile(home + "/Music/Imported/01 Silfur-Refur.flac", song);
+    test::writeFile(root + "/Music/Sólstafir – Berdreyminn/01 Silfur-Refur.flac", song);
+    test::writeFile(root + "/Music/Imported/01 Silfur-Refur.flac", song);
     const auto tax = media(1'250'000, 't');
-    test::writeFile(home + "/Documents/Taxes/2025 return.pdf", tax);
-    test::writeFile(home + "/Downloads/2025 return.pdf", tax);
-    test::writeFile(home + "/Movies/clip.mov", media(12'000'000, 'm'));
-    ASSERT_EQ(::link((home + "/Movies/clip.mov").c_str(), (home + "/Movies/clip link.mov").c_str()), 0);
+    test::writeFile(root + "/Documents/Taxes/2025 return.pdf", tax);
+    test::writeFile(root + "/Downloads/2025 return.pdf", tax);
+    test::writeFile(root + "/Movies/clip.mov", media(12'000'000, 'm'));
+    ASSERT_EQ(::link((root + "/Movies/clip.mov").c_str(), (root + "/Movies/clip link.mov").c_str()), 0);
 
     Screen s;
     auto& d = *s.model.duplicates();
-    d.addRootPath(QString::fromStdString(home));
+    d.addRootPath(QString::fromStdString(root));
     d.setMinimumBytes(100000);
     ASSERT_TRUE(s.open(false));
     s.model.focusOnSection("duplicates");
