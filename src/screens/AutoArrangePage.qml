@@ -65,7 +65,7 @@ Item {
         }
         FolderDialog {
             id: folderChooser
-            onAccepted: form.folder = decodeURIComponent(selectedFolder.toString().replace(/^file:\/\//, ""))
+            onAccepted: form.folder = decodeURIComponent(String(selectedFolder).replace(/^file:\/\//, ""))
         }
         Text { text: "ALREADY IN DOWNLOADS"; font.pixelSize: Theme.captionSize; font.weight: Font.DemiBold; color: Theme.secondaryText; Layout.topMargin: 8 }
         Text {

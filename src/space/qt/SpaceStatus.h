@@ -21,6 +21,7 @@ class KeyedListModel;
 // the results in here; nothing here reads the disk.
 class SpaceStatus : public QObject {
     Q_OBJECT
+    Q_MOC_INCLUDE("core/qt/KeyedListModel.h")
     QML_ELEMENT
     QML_UNCREATABLE("Space status belongs to AppModel.")
     Q_PROPERTY(QString volumeName READ volumeName NOTIFY latestChanged)
@@ -33,7 +34,7 @@ class SpaceStatus : public QObject {
     Q_PROPERTY(QString lastRefreshText READ lastRefreshText NOTIFY lastRefreshChanged)
     // Rows keyed by path, newest first, Desktop then Downloads: path, name, size, sizeText,
     // kind, addedText, location ("Desktop" or "Downloads").
-    Q_PROPERTY(QAbstractItemModel* newTodayFiles READ newTodayFiles CONSTANT)
+    Q_PROPERTY(bv::KeyedListModel* newTodayFiles READ newTodayList CONSTANT)
 
 public:
     // Reads "space-history.json" (a live model only); a history of an older metric version is
@@ -66,6 +67,7 @@ public:
     [[nodiscard]] QString lastOpenDeltaText() const;
     [[nodiscard]] QString lastRefreshText() const;
     [[nodiscard]] QAbstractItemModel* newTodayFiles() const;
+    [[nodiscard]] KeyedListModel* newTodayList() const { return newToday_; }
 
 signals:
     void latestChanged();

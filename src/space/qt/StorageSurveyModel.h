@@ -28,6 +28,7 @@ class KeyedListModel;
 // forced.
 class StorageSurveyModel : public QObject {
     Q_OBJECT
+    Q_MOC_INCLUDE("core/qt/KeyedListModel.h")
     QML_ELEMENT
     QML_UNCREATABLE("The storage survey belongs to AppModel.")
     Q_PROPERTY(bool scanning READ scanning NOTIFY scanningChanged)
@@ -36,10 +37,10 @@ class StorageSurveyModel : public QObject {
     Q_PROPERTY(QVariantList segments READ segmentsList NOTIFY changed)
     // "Top space users", at most five, keyed by id: key, name, bytes, bytesText, share (of the
     // largest).
-    Q_PROPERTY(QAbstractItemModel* topFolders READ topFoldersModel CONSTANT)
+    Q_PROPERTY(bv::KeyedListModel* topFolders READ topFoldersList CONSTANT)
     // "Where the rest of the space is", keyed by id: key, title, bytes (null: unreadable),
     // bytesText, detail, howTo, path.
-    Q_PROPERTY(QAbstractItemModel* coverageItems READ coverageModel CONSTANT)
+    Q_PROPERTY(bv::KeyedListModel* coverageItems READ coverageList CONSTANT)
     // While a survey measures: the bytes counted so far as a byte text; empty otherwise.
     Q_PROPERTY(QString bytesText READ bytesText NOTIFY changed)
     // While a survey measures: "Measuring folders…", then "Measuring tool files…".
@@ -66,6 +67,8 @@ public:
     [[nodiscard]] QVariantList segmentsList() const;
     [[nodiscard]] QAbstractItemModel* topFoldersModel() const;
     [[nodiscard]] QAbstractItemModel* coverageModel() const;
+    [[nodiscard]] KeyedListModel* coverageList() const { return coverageList_; }
+    [[nodiscard]] KeyedListModel* topFoldersList() const { return topList_; }
     [[nodiscard]] QString bytesText() const { return bytesText_; }
     [[nodiscard]] QString status() const { return status_; }
     [[nodiscard]] static QString footnote();
