@@ -9,6 +9,7 @@
 #include "clean/KeepNewestItems.h"
 #include "foundation/ByteText.h"
 #include "foundation/PhraseText.h"
+#include "platform/PlatformWording.h"
 #include "space/FolderMeasure.h"
 
 namespace bv {
@@ -102,7 +103,7 @@ CleanupPlan FolderRuleRunner::entries(const FolderWatchRule& rule, const std::ve
         e.title = c.name;
         e.path = c.path;
         e.bytes = c.bytes;
-        e.note = permanent ? kPermanentNote : kTrashNote;
+        e.note = permanent ? kPermanentNote : platformWording(kTrashNote);
         e.group = lastComponent(folder);
         e.disposition = rule.disposition;
         e.symbolName = permanent ? "trash.slash" : "trash";

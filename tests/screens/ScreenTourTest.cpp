@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <thread>
@@ -14,6 +15,8 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
+#include "autopilot/FolderWatchRule.h"
+#include "autopilot/qt/FolderRulesModel.h"
 #include "clean/qt/CleanRun.h"
 #include "clean/qt/SmartCleanModel.h"
 #include "core/ActionLog.h"
@@ -430,4 +433,77 @@ Window {
     for (const auto& w : warnings) ADD_FAILURE() << w.toString().toStdString();
     saveScreenshot(window, "storage-survey.png");
     ::unlink(trashFile.c_str());
+}
+
+// Autopilot as a user builds it: a sentence fills the builder, the preview sheet confirms the
+// rule with its figures, a second rule matching nothing yet is still saved, and an edited rule
+// keeps its place in the list and in the file.
+TEST(ScreenTour, AutopilotBuildsAndSavesTwoRules) {
+    const std::string projects = XdgPaths::home() + "/Work";
+    test::removeTree(projects);
+    for (const char* app : {"site", "api", "docs"}) {
+        test::writeSizedFile(projects + "/" + app + "/dist/bundle.js", 300'000);
+        const timespec old{::time(nullptr) - 40 * 86400, 0};
+        const timespec times[2] = {old, old};
+        ASSERT_EQ(::utimensat(AT_FDCWD, (projects + "/" + app + "/dist").c_str(), times, 0), 0);
+    }
+    Screen s;
+    ASSERT_TRUE(s.open());
+    FolderRulesModel& rules = *s.model.folderRules();
+    CleanRun& run = *s.model.cleanRun();
+    s.model.focusOnSection("watchedFolders");
+    ASSERT_TRUE(rules.folderRules().empty());
+
+    rules.chooseFolder(QString::fromStdString(XdgPaths::home()));
+    EXPECT_TRUE(s.model.messages()->errorMessage().has_value()) << "the home folder is kept safe";
+    EXPECT_TRUE(!rules.folderDraft().parentPath.has_value());
+    s.model.messages()->dismissError();
+
+    rules.chooseFolder(QString::fromStdString(projects));
+    rules.setSentence("delete subfolders named dist older than 15 days");
+    ASSERT_TRUE(rules.folderDraft().parsed.has_value());
+    EXPECT_EQ(rules.draftForQml()["namesText"].toString(), "dist");
+    EXPECT_TRUE(rules.draftForQml()["directoriesOnly"].toBool());
+    s.shoot("autopilot-builder-filled.png");
+
+    rules.continueToPreview();
+    ASSERT_TRUE(spinUntil([&] { return run.isSheetPresented(); }));
+    ASSERT_EQ(run.plan()->entries.size(), 3u);
+    s.shoot("autopilot-confirm-sheet.png", 300);
+    rules.confirmRule();
+    run.dismissSheet();
+    ASSERT_EQ(rules.folderRules().size(), 1u);
+    EXPECT_EQ(rules.folderRules()[0].confirmedCount, 3);
+    EXPECT_EQ(s.model.messages()->banner(), std::optional<std::string>(kFolderRuleSaved));
+    EXPECT_TRUE(!rules.folderDraft().parentPath.has_value()) << "the builder starts afresh";
+    ASSERT_TRUE(spinUntil([&] { return !run.isSheetPresented(); }));
+
+    // A rule that matches nothing yet still opens its sheet and can be saved.
+    rules.chooseFolder(QString::fromStdString(projects));
+    rules.setSentence("delete files named *.log older than 3 days");
+    rules.continueToPreview();
+    ASSERT_TRUE(spinUntil([&] { return run.isSheetPresented(); }));
+    EXPECT_TRUE(run.plan()->entries.empty());
+    rules.confirmRule();
+    run.dismissSheet();
+    ASSERT_TRUE(spinUntil([&] { return !run.isSheetPresented(); }));
+    ASSERT_EQ(rules.folderRules().size(), 2u);
+
+    // Editing the first rule keeps it first, under the same id, on disk as on screen.
+    const Uuid firstId = rules.folderRules()[0].id;
+    rules.editRule(0);
+    rules.setDraftField("schedule", "weekly");
+    rules.continueToPreview();
+    ASSERT_TRUE(spinUntil([&] { return run.isSheetPresented(); }));
+    rules.confirmRule();
+    run.dismissSheet();
+    ASSERT_TRUE(spinUntil([&] { return !run.isSheetPresented(); }));
+    const auto stored = loadFolderRules(AppPersistence::live());
+    ASSERT_EQ(stored.size(), 2u);
+    EXPECT_EQ(stored[0].id, firstId);
+    EXPECT_EQ(stored[0].schedule, CleanSchedule::weekly);
+    EXPECT_TRUE(rules.rulesForQml()[0].toMap()["boundText"].toString().startsWith("Bounded by preview: 3 items"));
+    s.model.messages()->setBanner(std::nullopt);
+    s.shoot("autopilot-two-rules.png");
+    test::removeTree(projects);
 }

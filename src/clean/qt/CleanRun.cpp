@@ -38,7 +38,8 @@ void CleanRun::notify(const std::string& body) {
 
 bool CleanRun::presentPlan(CleanupPlan plan, CleanupSheetMode mode) {
     if (phase_ == Phase::running || closing_) return false;
-    if (auto error = preview::previewError(plan)) {
+    // A rule's preview may match nothing yet: the sheet still opens so the rule can be saved.
+    if (auto error = preview::previewError(plan); error && mode != CleanupSheetMode::saveFolderRule) {
         ctx_.messages.setErrorMessage(*error);
         return false;
     }

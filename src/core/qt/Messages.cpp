@@ -1,16 +1,19 @@
 #include "core/qt/Messages.h"
 
 #include "core/qt/QtText.h"
+#include "platform/PlatformWording.h"
 
 namespace bv {
 
 void Messages::setErrorMessage(std::optional<std::string> message) {
+    if (message) message = platformWording(*message); // every alert speaks of this system's places
     if (errorMessage_ == message) return;
     errorMessage_ = std::move(message);
     emit errorMessageChanged();
 }
 
 void Messages::setBanner(std::optional<std::string> text) {
+    if (text) text = platformWording(*text);
     if (banner_ == text) return;
     banner_ = std::move(text);
     emit bannerChanged();
