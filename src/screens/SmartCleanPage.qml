@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls
+import QtQuick.Dialogs
 import QtQuick.Layouts
 import Brimvale.Core
 
@@ -10,6 +11,13 @@ Item {
     id: page
     readonly property var smart: AppModel.smartClean
     readonly property bool scanning: page.smart.scanning
+    readonly property var finds: page.smart.finds
+
+    FolderDialog {
+        id: rootChooser
+        title: page.finds.pickerPrompt
+        onAccepted: page.finds.addRoot(decodeURIComponent(String(selectedFolder).replace(/^file:\/\//, "")))
+    }
 
     Shortcut {
         sequence: "Ctrl+Return"
@@ -132,6 +140,98 @@ Item {
             }
 
             Card {
+                id: projectsCard
+                title: "Old project files"
+                trailing: page.finds.projectsScanning ? "Looking\u2026" : page.finds.roots.length === 0 ? "" : page.finds.projectHits.count + (page.finds.projectHits.count === 1 ? " folder" : " folders")
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+                Text {
+                    Layout.fillWidth: true
+                    wrapMode: Text.WordWrap
+                    text: page.finds.explanation
+                    font.pixelSize: Theme.captionSize
+                    color: Theme.secondaryText
+                }
+                Repeater {
+                    model: page.finds.roots
+                    delegate: RowLayout {
+                        id: rootRow
+                        required property string modelData
+                        Layout.fillWidth: true
+                        Text { text: rootRow.modelData; color: Theme.text; font.pixelSize: Theme.bodySize; Layout.fillWidth: true; elide: Text.ElideMiddle }
+                        Button { flat: true; text: "Remove"; onClicked: page.finds.removeRoot(rootRow.modelData) }
+                    }
+                }
+                Repeater {
+                    model: page.finds.projectHits
+                    delegate: FindRow {
+                        onToggled: (key, on) => page.finds.setHitSelected(key, on)
+                    }
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    spacing: 10
+                    Button { text: "Add Folder\u2026"; onClicked: rootChooser.open() }
+                    Item { Layout.fillWidth: true }
+                    HoldToConfirmButton {
+                        visible: !page.finds.permanent
+                        prominent: false
+                        title: "Hold to delete permanently"
+                        confirmedTitle: "Permanent delete on"
+                        onAction: page.finds.setPermanent(true)
+                    }
+                    Button {
+                        visible: page.finds.permanent
+                        text: "Keep Using the Trash"
+                        onClicked: page.finds.setPermanent(false)
+                    }
+                }
+                Text {
+                    Layout.fillWidth: true
+                    wrapMode: Text.WordWrap
+                    text: page.finds.permanent ? page.finds.permanentOnText : page.finds.holdText
+                    font.pixelSize: Theme.captionSize
+                    color: page.finds.permanent ? Theme.danger : Theme.tertiaryText
+                }
+            }
+
+            Card {
+                visible: page.finds.goneLeftovers.count + page.finds.possibleLeftovers.count > 0
+                title: "App leftovers"
+                trailing: "Moves to Trash"
+                Layout.leftMargin: 28
+                Layout.rightMargin: 28
+                Repeater {
+                    model: page.finds.goneLeftovers
+                    delegate: FindRow {
+                        onToggled: (key, on) => page.finds.setFindingSelected(key, on)
+                    }
+                }
+                Text {
+                    visible: page.finds.possibleLeftovers.count > 0
+                    Layout.topMargin: 6
+                    text: page.finds.possiblyHeading
+                    font.pixelSize: Theme.captionSize
+                    font.bold: true
+                    color: Theme.secondaryText
+                }
+                Text {
+                    visible: page.finds.possibleLeftovers.count > 0
+                    Layout.fillWidth: true
+                    wrapMode: Text.WordWrap
+                    text: page.finds.possiblyText
+                    font.pixelSize: Theme.captionSize
+                    color: Theme.tertiaryText
+                }
+                Repeater {
+                    model: page.finds.possibleLeftovers
+                    delegate: FindRow {
+                        onToggled: (key, on) => page.finds.setFindingSelected(key, on)
+                    }
+                }
+            }
+
+            Card {
                 visible: page.smart.reviewRows.count > 0
                 title: "Shown for size only"
                 trailing: "Smart Clean will not remove these"
@@ -218,5 +318,40 @@ Item {
             font.family: "monospace"
             color: Theme.text
         }
+    }
+
+    // An old project folder or an app's leftovers: tick, title, where, why, size.
+    component FindRow: RowLayout {
+        id: find
+        required property var model
+        signal toggled(string key, bool on)
+        Layout.fillWidth: true
+        spacing: 10
+        CheckBox {
+            enabled: !page.scanning
+            checked: find.model.selected
+            Accessible.name: "Select " + find.model.title
+            onToggled: find.toggled(find.model.key, checked)
+        }
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 1
+            Text { text: find.model.title; font.pixelSize: Theme.bodySize; font.weight: Font.DemiBold; color: Theme.text }
+            Text {
+                Layout.fillWidth: true
+                text: find.model.path !== undefined ? find.model.path : find.model.places
+                font.pixelSize: Theme.captionSize
+                color: Theme.tertiaryText
+                elide: Text.ElideMiddle
+            }
+            Text {
+                Layout.fillWidth: true
+                text: find.model.note !== undefined ? find.model.note : find.model.evidence
+                font.pixelSize: Theme.captionSize
+                color: Theme.secondaryText
+                wrapMode: Text.WordWrap
+            }
+        }
+        Text { text: find.model.sizeText; font.pixelSize: Theme.bodySize; font.family: "monospace"; color: Theme.text }
     }
 }

@@ -18,6 +18,7 @@
 #include "autopilot/FolderWatchRule.h"
 #include "autopilot/qt/FolderRulesModel.h"
 #include "clean/qt/CleanRun.h"
+#include "clean/qt/SmartCleanFinds.h"
 #include "clean/qt/SmartCleanModel.h"
 #include "core/ActionLog.h"
 #include "core/qt/ActivityLog.h"
@@ -30,6 +31,7 @@
 #include "space/qt/StorageSurveyModel.h"
 #include "support/DevCacheHome.h"
 #include "support/EventLoopWait.h"
+#include "support/ShellAndMounts.h"
 #include "SaveScreenshot.h"
 #include "support/TestEnvironment.h"
 
@@ -506,4 +508,61 @@ TEST(ScreenTour, AutopilotBuildsAndSavesTwoRules) {
     s.model.messages()->setBanner(std::nullopt);
     s.shoot("autopilot-two-rules.png");
     test::removeTree(projects);
+}
+
+// Smart Clean beside the caches: a web project untouched for months under a parent folder
+// the user adds, a Flatpak app's data whose app is gone, and a tool's folder no app matches.
+// "Select recommended" takes the gone app's data and leaves the rest to the user.
+TEST(ScreenTour, SmartCleanFindsOldProjectsAndLeftovers) {
+    const std::string home = XdgPaths::home();
+    const std::string web = home + "/Code/web-dashboard";
+    test::writeFile(web + "/package.json", "{}");
+    test::writeFile(web + "/.gitignore", "node_modules\n");
+    test::writeSizedFile(web + "/node_modules/react/index.js", 2'400'000);
+    test::writeSizedFile(home + "/.var/app/org.gone.Sketchpad/data/cache.bin", 3'200'000);
+    allocate(home + "/.config/gonetool/store.db", 60'000'000);
+    const std::string old = "@" + std::to_string(::time(nullptr) - 120 * 86400);
+    ASSERT_EQ(test::runCommand("cd " + test::shellQuote(web) + " && git init -q && git add .gitignore package.json && "
+                               "GIT_COMMITTER_DATE='" + old + " +0000' GIT_AUTHOR_DATE='" + old +
+                               " +0000' git -c user.name=t -c user.email=t@t commit -qm init && touch -h -d " + old +
+                               " package.json .gitignore node_modules && find " + test::shellQuote(home + "/.var/app/org.gone.Sketchpad") +
+                               " " + test::shellQuote(home + "/.config/gonetool") + " -exec touch -h -d " + old + " {} +")
+                  .status,
+              0);
+
+    Screen s;
+    SmartCleanModel& smart = *s.model.smartClean();
+    SmartCleanFinds& finds = *smart.finds();
+    const std::string system = home + "/no-apps-installed";
+    finds.setLeftoverOptions({InstalledApps::Roots{{system}, {system}, {system}, {system}}, nullptr, std::nullopt});
+    ASSERT_TRUE(s.open());
+    ASSERT_TRUE(spinUntil([&] { return smart.hasScanned() && !smart.scanning() && !finds.projectsScanning(); }));
+    finds.addRoot(QString::fromStdString(home + "/Code"));
+    ASSERT_TRUE(spinUntil([&] { return !finds.projectsScanning() && finds.projectHits()->rowCount() == 1; }));
+    ASSERT_EQ(finds.goneLeftovers()->rowCount(), 1);
+    ASSERT_EQ(finds.possibleLeftovers()->rowCount(), 1);
+    EXPECT_EQ(finds.rootsForQml(), QStringList{"~/Code"});
+
+    smart.selectRecommended();
+    EXPECT_EQ(finds.selectedCount(), 1) << "only the gone app's data is recommended";
+    finds.setHitSelected(QString::fromStdString(web + "/node_modules"), true);
+    s.model.focusOnSection("devMode");
+    QStringList texts;
+    collectTexts(s.window->contentItem(), texts);
+    for (const char* expected : {"Old project files", "App leftovers", "POSSIBLY LEFT BEHIND", "Add Folder\u2026",
+                                 "Sketchpad leftovers (app not installed)"})
+        EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
+    s.window->resize(1120, 1400);
+    s.shoot("smart-clean-projects-and-leftovers.png", 300);
+
+    smart.preview();
+    ASSERT_TRUE(spinUntil([&] { return s.model.cleanRun()->isSheetPresented(); }));
+    std::set<std::string> groups;
+    for (const auto& e : s.model.cleanRun()->plan()->entries) groups.insert(e.group);
+    EXPECT_TRUE(groups.contains("Old project files"));
+    EXPECT_TRUE(groups.contains("App leftovers"));
+    s.model.cleanRun()->dismissSheet();
+    test::removeTree(home + "/Code");
+    test::removeTree(home + "/.var/app/org.gone.Sketchpad");
+    test::removeTree(home + "/.config/gonetool");
 }

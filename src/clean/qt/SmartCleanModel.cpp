@@ -5,6 +5,7 @@
 
 #include "clean/CleanupKinds.h"
 #include "clean/SmartCleanLayout.h"
+#include "clean/qt/SmartCleanFinds.h"
 #include "core/qt/CueBus.h"
 #include "core/qt/FeatureContext.h"
 #include "core/qt/KeyedListModel.h"
@@ -45,7 +46,12 @@ SmartCleanModel::SmartCleanModel(const FeatureContext& context, QObject* parent)
       cards_(new NestedListModel({"key", "title", "rows", "hiddenCount", "keptLine", "safety", "totalBytes", "totalText",
                                   "choosableCount", "allTicked"},
                                  kRowRoles, this)),
-      reviewList_(new KeyedListModel(kRowRoles, this)) {}
+      reviewList_(new KeyedListModel(kRowRoles, this)), finds_(new SmartCleanFinds(context, this)) {
+    connect(finds_, &SmartCleanFinds::selectionChanged, this, &SmartCleanModel::rowsChanged);
+    connect(finds_, &SmartCleanFinds::progressText, this, [this](const QString& text) {
+        if (!scanning_) setProgress(text.isEmpty() ? followingProgress_ : text);
+    });
+}
 
 QAbstractItemModel* SmartCleanModel::cards() const { return cards_; }
 QAbstractItemModel* SmartCleanModel::reviewRows() const { return reviewList_; }
@@ -76,11 +82,15 @@ void SmartCleanModel::scan() {
     QtConcurrent::run([home, options] { return DevCacheScanner::scan(home, options); })
         .then(this, [this](DevCacheScanner::Result result) {
             setScanResult(std::move(result));
-            setScanning(false);
-            setProgress(followingProgress_);
-            ctx_.cues.play("ready", 0.322);
-            emit scanFinished();
-            ctx_.cues.reevaluate();
+            setProgress(q(AppLeftovers::kScanning));
+            finds_->scanLeftovers([this] {
+                setScanning(false);
+                setProgress(followingProgress_);
+                ctx_.cues.play("ready", 0.322);
+                emit scanFinished();
+                ctx_.cues.reevaluate();
+                finds_->scanProjects();
+            });
         });
 }
 
@@ -126,7 +136,7 @@ void SmartCleanModel::setScanResult(DevCacheScanner::Result result) {
 }
 
 void SmartCleanModel::selectRecommended() {
-    bool changed = false;
+    bool changed = finds_->selectRecommended();
     for (auto& r : rows_) {
         if (SmartCleanLayout::isRecommended(r) && !r.selected) {
             r.selected = true;
@@ -171,7 +181,11 @@ void SmartCleanModel::setShowSmallItems(bool on) {
 }
 
 void SmartCleanModel::preview() {
-    (void)ctx_.presentPlan(SmartCleanLayout::plan(rows_, ctx_.folders.home), CleanupSheetMode::clean);
+    CleanupPlan plan = SmartCleanLayout::plan(rows_, ctx_.folders.home);
+    CleanupPlan more = finds_->plan();
+    for (auto& e : more.entries) plan.entries.push_back(std::move(e));
+    for (auto& r : more.refusals) plan.refusals.push_back(std::move(r));
+    (void)ctx_.presentPlan(std::move(plan), CleanupSheetMode::clean);
 }
 
 void SmartCleanModel::reviewAndClean() {
@@ -180,20 +194,20 @@ void SmartCleanModel::reviewAndClean() {
 }
 
 int SmartCleanModel::selectedCount() const {
-    int n = 0;
+    int n = finds_->selectedCount();
     for (const auto& r : rows_) n += r.selected ? 1 : 0;
     return n;
 }
 
 QString SmartCleanModel::selectedText() const {
-    std::int64_t sum = 0;
+    std::int64_t sum = finds_->selectedBytes();
     for (const auto& r : rows_)
         if (r.selected && r.bytes > 0) sum += r.bytes;
     return q(byteText(sum));
 }
 
 int SmartCleanModel::recommendedCount() const {
-    int n = 0;
+    int n = static_cast<int>(AppLeftovers::recommendedIDs(finds_->findings()).size());
     for (const auto& r : rows_) n += SmartCleanLayout::isRecommended(r) ? 1 : 0;
     return n;
 }

@@ -16,6 +16,7 @@ namespace bv {
 struct FeatureContext;
 class KeyedListModel;
 class NestedListModel;
+class SmartCleanFinds;
 
 // Smart Clean: the developer cache scan, its rows and the user's choice among them, on the
 // GUI thread. The scan runs on the pool with plain copies; its rows replace both lists and
@@ -38,11 +39,14 @@ class SmartCleanModel : public QObject {
     Q_PROPERTY(int recommendedCount READ recommendedCount NOTIFY rowsChanged)
     Q_PROPERTY(double reclaimableBytes READ reclaimableBytesForQml NOTIFY rowsChanged)
     Q_PROPERTY(QString reclaimableText READ reclaimableText NOTIFY rowsChanged)
+    // Old project files and app leftovers, ticked and previewed together with the caches.
+    Q_PROPERTY(bv::SmartCleanFinds* finds READ finds CONSTANT)
 
 public:
     explicit SmartCleanModel(const FeatureContext& context, QObject* parent = nullptr);
 
-    // Starts the developer cache scan; does nothing without live data or while one runs.
+    // Starts the developer cache scan, then the leftovers and the old project files; does
+    // nothing without live data or while one runs.
     Q_INVOKABLE void scan();
     // A finished scan: both lists replaced, nothing selected. Public for tests.
     void setScanResult(DevCacheScanner::Result result);
@@ -51,7 +55,8 @@ public:
     // The progress line once the scan is done: the storage survey's steps.
     void setFollowingProgress(const QString& text);
 
-    // Ticks every recommended row (the ones that come back by themselves); other ticks stay.
+    // Ticks every recommended row (the ones that come back by themselves) and every leftover
+    // whose app is gone; other ticks stay.
     Q_INVOKABLE void selectRecommended();
     // One row by id; a row that can't be chosen stays unticked.
     Q_INVOKABLE void setRowSelected(const QString& id, bool selected);
@@ -71,6 +76,7 @@ public:
     [[nodiscard]] const std::vector<DevScanRow>& reviewRowValues() const { return reviewRows_; }
     [[nodiscard]] QAbstractItemModel* cards() const;
     [[nodiscard]] QAbstractItemModel* reviewRows() const;
+    [[nodiscard]] SmartCleanFinds* finds() const { return finds_; }
     [[nodiscard]] bool showSmallItems() const { return showSmallItems_; }
     [[nodiscard]] bool hasScanned() const { return hasScanned_; }
     [[nodiscard]] int selectedCount() const;
@@ -96,6 +102,7 @@ private:
     const FeatureContext& ctx_;
     NestedListModel* cards_;
     KeyedListModel* reviewList_;
+    SmartCleanFinds* finds_;
     std::vector<DevScanRow> rows_;
     std::vector<DevScanRow> reviewRows_;
     DevCacheScanner::Options scanOptions_;
