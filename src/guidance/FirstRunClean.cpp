@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstdlib>
 
+#include "clean/AppLeftovers.h"
 #include "clean/Cleaner.h"
 #include "clean/CleanupManifest.h"
 #include "clean/DevCacheCatalog.h"
@@ -36,6 +37,7 @@ bool FirstRunClean::passesLaw(const FirstRunItem& item, const std::string& home)
     if (isBelowSystemRoot(item.path) || isBelowSystemRoot(real)) return false;
     if (item.categoryID == "developer")
         return DevCacheCatalog::canCleanCachePath(item.path, home, keptNodeVersions(home));
+    if (item.categoryID == "leftovers") return AppLeftovers::canCleanLeftoverPath(item.path, home);
     return true;
 }
 

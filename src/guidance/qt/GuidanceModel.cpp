@@ -7,6 +7,7 @@
 #include <QUrl>
 #include <QtConcurrent/QtConcurrent>
 
+#include "clean/AppLeftovers.h"
 #include "clean/Cleaner.h"
 #include "clean/CleanupManifest.h"
 #include "clean/DevCacheScanner.h"
@@ -153,6 +154,16 @@ void GuidanceModel::startFirstRunScan() {
         std::vector<FirstRunItem> items;
         if (!live) return items;
         items = FirstRunItems::fromDeveloperRows(DevCacheScanner::scan(home).rows);
+        // Leftovers of apps that are gone, one item per place they left behind.
+        std::vector<FirstRunItems::Leftover> leftovers;
+        for (const auto& finding : AppLeftovers::scan(home, {}).findings)
+            if (finding.status == OwnerStatus::gone)
+                for (const auto& p : finding.paths)
+                    leftovers.push_back({finding.ownerName + " \u00B7 " + std::string(LeftoverOwners::label(p.location)),
+                                         p.path, p.bytes,
+                                         home + "/" + std::string(LeftoverOwners::relativeFolder(p.location))});
+        const auto fromLeftovers = FirstRunItems::fromLeftovers(leftovers);
+        items.insert(items.end(), fromLeftovers.begin(), fromLeftovers.end());
         const auto samples = gatherSamples(downloads, SortPlace::downloads, false, now);
         const auto fromDownloads = FirstRunItems::fromDownloads(samples, downloads, now);
         items.insert(items.end(), fromDownloads.begin(), fromDownloads.end());
