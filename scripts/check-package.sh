@@ -77,11 +77,15 @@ run_installed QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software BV_EXIT_AFTER_
     >"$work/window.log" 2>&1 || { tail -30 "$work/window.log"; fail "the installed program's window did not open"; }
 say "the window opened and drew its first frame"
 depends="$(dpkg-deb -f "$deb" Depends)"
+owners=()
 while read -r module; do
     owner=$(dpkg -S "$module/qmldir" 2>/dev/null | cut -d: -f1) || true
     [[ -n "$owner" ]] || continue
     grep -qE "(^|, )$owner( |,|$)" <<<"$depends" || fail "the window loads $module, from $owner, which the package does not depend on"
+    owners+=("$owner")
 done < <(grep -oE '/usr/lib/[^ "]*/qt6/qml/[^ "]*/qmldir' "$work/window.log" | xargs -r -n1 dirname | sort -u)
+[[ ${#owners[@]} -gt 0 ]] || fail "no QML module showed in the window's import trace"
+say "QML modules loaded, all depended on: $(printf '%s\n' "${owners[@]}" | sort -u | tr '\n' ' ')"
 
 say "purging"
 find "$home" -type f | sort >"$work/home-before"

@@ -106,9 +106,11 @@ TEST(ProgramHelp, ManualPageRendersWithoutWarnings) {
     const std::string page = TestEnvironment::root() + "/brimvale.1";
     ASSERT_EQ(brimvale("--man-page > " + shellQuote(page)).status, 0);
     // The check a Debian package's manual gets: every groff warning is printed.
-    const auto rendered = runCommand("LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 " + shellQuote(page) + " 2>&1");
-    EXPECT_EQ(rendered.status, 0) << rendered.output;
-    EXPECT_EQ(rendered.output.find("warning"), std::string::npos) << rendered.output;
+    const std::string man = "LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 " + shellQuote(page);
+    const auto warnings = runCommand(man + " 2>&1 >/dev/null");
+    EXPECT_EQ(warnings.status, 0) << warnings.output;
+    EXPECT_EQ(warnings.output, "");
+    const auto rendered = runCommand(man + " | col -b");
     for (const char* section : {"COMMANDS", "EXIT STATUS", "ENVIRONMENT"})
         EXPECT_NE(rendered.output.find(section), std::string::npos) << section;
 }
