@@ -10,7 +10,10 @@
 #   4. dpkg --purge leaves the root as it was, and the user's own data where it was.
 #   scripts/check-package.sh PACKAGE.deb
 set -euo pipefail
-deb="$(realpath "${1:?usage: scripts/check-package.sh PACKAGE.deb}")"
+[[ -f "${1:-}" ]] || { echo "usage: scripts/check-package.sh PACKAGE.deb" >&2; exit 2; }
+deb="$(realpath "$1")"
+# dpkg --root sets files' owners, and hiding the source tree takes a mount of its own.
+[[ $(id -u) -eq 0 ]] || { echo "check-package: needs root (dpkg --root); run it with sudo" >&2; exit 2; }
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 work="$(mktemp -d /tmp/brimvale-package-check.XXXXXX)"
 trap 'rm -rf "$work"' EXIT

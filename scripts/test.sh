@@ -51,7 +51,8 @@ fi
 step "Debian package: lintian, metadata, install into a throw-away root, purge"
 # Made from the tested build folder: reconfigured with the package's options, only the
 # program relinks.
-scripts/check-package.sh "$(scripts/package.sh build | tail -1)"
+deb=$(scripts/package.sh build | tail -1)
+scripts/check-package.sh "$deb"
 
 step "Building the fuzz targets"
 CXX=clang++ scripts/build.sh build-fuzz -DCMAKE_CXX_COMPILER=clang++ -DBRIMVALE_FUZZ=ON
