@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Configures and builds one build folder with Ninja and ccache.
 #   scripts/build.sh [DIR] [extra cmake arguments...]   (DIR defaults to build)
+#   BRIMVALE_TARGETS="a b" scripts/build.sh ...           builds only those targets
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 dir="${1:-build}"; shift || true
@@ -8,5 +9,8 @@ export CCACHE_BASEDIR="$root"
 export CCACHE_MAXSIZE="${CCACHE_MAXSIZE:-5G}"
 # The Qt layers compile against precompiled headers; ccache can still cache those units.
 export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_file_mtime,include_file_ctime}"
-cmake -S "$root" -B "$root/$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
-ninja -C "$root/$dir"
+[[ "$dir" = /* ]] || dir="$root/$dir"
+cmake -S "$root" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+# BRIMVALE_TARGETS (space-separated) builds only those targets instead of everything.
+# shellcheck disable=SC2086
+ninja -C "$dir" ${BRIMVALE_TARGETS:-}

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every check: the test suite, the same suite
-# under AddressSanitizer and UndefinedBehaviorSanitizer, qmllint on the screens, and each
-# libFuzzer target for a while. Exits non-zero when anything fails.
+# under AddressSanitizer and UndefinedBehaviorSanitizer, qmllint on the screens, the Debian
+# package, and each libFuzzer target for a while. Exits non-zero when anything fails.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 cd "$root"
@@ -47,6 +47,12 @@ if "$qmllint_bin" -I build/qml --unqualified info build/qml/Brimvale/*.qml >buil
 else
     cat build/qmllint.log; echo "qmllint found problems"; exit 1
 fi
+
+step "Debian package: lintian, metadata, install into a throw-away root, purge"
+# Made from the tested build folder: reconfigured with the package's options, only the
+# program relinks.
+deb=$(scripts/package.sh build | tail -1)
+scripts/check-package.sh "$deb"
 
 step "Building the fuzz targets"
 CXX=clang++ scripts/build.sh build-fuzz -DCMAKE_CXX_COMPILER=clang++ -DBRIMVALE_FUZZ=ON

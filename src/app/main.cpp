@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "cli/CliCommand.h"
+#include "cli/ManPage.h"
+#include "cli/ShellCompletion.h"
 #include "core/qt/SingleInstance.h"
 #include "screens/GuiApplication.h"
 
@@ -29,13 +31,35 @@ int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
     if (!args.empty()) {
         const std::string& first = args.front();
-        if (first == "help" || first == "--help" || first == "-h") return bv::cli::printHelp();
+        if (first == "help" || first == "--help" || first == "-h") {
+            if (args.size() > 2) {
+                std::fprintf(stderr, "usage: brimvale help [COMMAND]\n");
+                return 2;
+            }
+            return args.size() == 2 ? bv::cli::printCommandHelp(args[1]) : bv::cli::printHelp();
+        }
         if (first == "--version") {
             std::printf("brimvale %s\n", BRIMVALE_VERSION);
             return 0;
         }
-        if (const auto* command = bv::cli::findCommand(first))
+        // What the package installs as the manual page and the shell completions.
+        if (first == "--man-page") {
+            std::fputs(bv::cli::manPage(BRIMVALE_VERSION).c_str(), stdout);
+            return 0;
+        }
+        if (first == "--completion") {
+            const auto script = bv::cli::completionScript(args.size() == 2 ? args[1] : std::string());
+            if (!script) {
+                std::fprintf(stderr, "usage: brimvale --completion bash|zsh|fish\n");
+                return 2;
+            }
+            std::fputs(script->c_str(), stdout);
+            return 0;
+        }
+        if (const auto* command = bv::cli::findCommand(first)) {
+            if (args.size() == 2 && (args[1] == "--help" || args[1] == "-h")) return bv::cli::printCommandHelp(first);
             return command->run(std::vector<std::string>(args.begin() + 1, args.end()));
+        }
         // A mistyped command must not open the window or print the overview as if it were one.
         if (bv::cli::looksLikeCommandWord(first) && !QFileInfo::exists(QString::fromLocal8Bit(first.c_str())))
             return bv::cli::unknownCommand(first);

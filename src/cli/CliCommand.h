@@ -18,6 +18,9 @@ struct CliCommand {
 [[nodiscard]] const std::vector<CliCommand>& commands();
 [[nodiscard]] const CliCommand* findCommand(const std::string& name);
 int printHelp();
+// `brimvale help COMMAND`: the command's usage and what it prints; 2 for a word that is no command.
+int printCommandHelp(const std::string& name);
+inline constexpr const char* kHelpSummary = "every command, or the usage of one and what it prints";
 
 // A first word that is meant as a command (not an option, a brimvale: link or a path).
 [[nodiscard]] bool looksLikeCommandWord(const std::string& word);

@@ -3,6 +3,7 @@
 #include <numeric>
 
 #include "cli/CliCommand.h"
+#include "cli/ExitStatus.h"
 
 namespace bv::cli {
 
@@ -28,7 +29,7 @@ const std::vector<CliCommand>& commands() {
         {"rules", "rules check [--folder] [--json] SENTENCE... | rules preview|list [--json]",
          "how the rule editor reads each sentence; what the saved Auto-Sort rules would do now; the rules and their matches", runRules},
         {"projects", "projects [--json] PATH... | --look [--json]", "the build folders Build Watch would measure in each project, or the projects it would suggest", runProjects},
-        {"autopilot", "autopilot preview|list [--json] ...", "what a folder rule would clean now (preview [--scope children|recursive] FOLDER SENTENCE), or the saved rules", runAutopilot},
+        {"autopilot", "autopilot preview [--json] [--scope children|recursive] FOLDER SENTENCE | autopilot list [--json]", "what a folder rule would clean now, or the saved folder rules", runAutopilot},
     };
     return table;
 }
@@ -89,6 +90,8 @@ int printHelp() {
                 "With no command, opens the window (or prints the overview when there is no display).\n\n"
                 "Commands (all read-only):\n");
     for (const auto& c : commands()) std::printf("  %-34s %s\n", c.usage, c.summary);
+    std::printf("  %-34s %s\n\n--version prints the version.\n\nExit status:\n", "help [COMMAND]", kHelpSummary);
+    for (const auto& s : kExitStatuses) std::printf("  %d  %s\n", s.code, s.meaning);
     return 0;
 }
 
