@@ -12,7 +12,7 @@ Popup {
     id: editor
     readonly property var rules: AppModel.sortRules
     readonly property var auto: AppModel.autoSort
-    readonly property var draft: rules.draftSort
+    readonly property var draft: editor.rules.draftSort
     readonly property bool hasDraft: draft.name !== undefined
     signal previewRequested()
 
@@ -25,9 +25,9 @@ Popup {
     padding: 20
     background: Rectangle { color: Theme.card; radius: Theme.radius; border.color: Theme.border }
     onOpened: {
-        phrase.text = rules.draftPhrase
+        phrase.text = editor.rules.draftPhrase
         rows.clear()
-        if (rules.inputMode === "build") for (const r of rules.draftConditionRows()) rows.append(r)
+        if (editor.rules.inputMode === "build") for (const r of editor.rules.draftConditionRows()) rows.append(r)
         editor.auto.refreshSamples()
     }
 

@@ -22,8 +22,11 @@ Item {
         else page.rules.newDraft()
         editor.open()
     }
-    function runRule(ruleID) {
-        page.auto.startPreview(ruleID ? [ruleID] : [])
+    // A rule the older Downloads file also holds is previewed and run the older way, with
+    // that rule's own checks.
+    function runRule(ruleID, older) {
+        if (older) page.auto.previewRule(ruleID)
+        else page.auto.startPreview(ruleID ? [ruleID] : [])
         runSheet.open()
     }
 
@@ -73,7 +76,7 @@ Item {
                 }
                 RowLayout {
                     Button { text: "Add a rule"; highlighted: true; onClicked: page.openEditor("") }
-                    Button { visible: !page.noRules; text: "Preview all rules"; onClicked: page.runRule("") }
+                    Button { visible: !page.noRules; text: "Preview all rules"; onClicked: page.runRule("", false) }
                 }
             }
 
@@ -106,7 +109,7 @@ Item {
                                 Layout.fillWidth: true
                             }
                         }
-                        Button { text: "Run now"; onClicked: page.runRule(row.modelData.id) }
+                        Button { text: "Run now"; onClicked: page.runRule(row.modelData.id, row.modelData.isOlder) }
                         Button { text: "Edit"; onClicked: page.openEditor(row.modelData.id) }
                         Button { text: "Delete"; onClicked: { page.deleting = row.modelData.id; deleteQuestion.open() } }
                     }

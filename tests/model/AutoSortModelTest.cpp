@@ -12,11 +12,13 @@
 #include "PrivateSessionBus.h"
 #include "core/qt/ActivityLog.h"
 #include "core/qt/AppClock.h"
+#include "core/qt/NotificationCenter.h"
 #include "core/qt/Settings.h"
 #include "model/AppModel.h"
 #include "platform/XdgPaths.h"
 #include "sort/qt/AutoSortModel.h"
 #include "sort/qt/SortRulesModel.h"
+#include "space/qt/SpaceStatus.h"
 #include "support/TestEnvironment.h"
 
 #include <sys/stat.h>
@@ -191,4 +193,19 @@ TEST_F(AutoSortModelTest, DismissedSuggestionsStayDismissed) {
     EXPECT_TRUE(autoSort.sortSuggestions().empty());
     AppModel again(true);
     EXPECT_EQ(again.settings()->value().dismissedSuggestions, std::vector<std::string>{"old-installers"});
+}
+
+TEST_F(AutoSortModelTest, NewTodayRowsNameTheRuleThatCoversThem) {
+    put("invoice.pdf");
+    test::writeFile(downloads + "/notes.txt", "x");
+    rules.setSortRules({pdfRule(SortTrigger::whenAdded(), now, sorted)});
+    model.refresh();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !model.isRefreshing(); }, 10000));
+    QAbstractItemModel& rows = *model.space()->newTodayFiles();
+    const int name = rows.roleNames().key("name"), covered = rows.roleNames().key("coveredBy");
+    std::map<QString, QString> seen;
+    for (int i = 0; i < rows.rowCount(); ++i)
+        seen[rows.data(rows.index(i, 0), name).toString()] = rows.data(rows.index(i, 0), covered).toString();
+    EXPECT_EQ(seen["invoice.pdf"], "move pdfs");
+    EXPECT_EQ(seen["notes.txt"], "");
 }

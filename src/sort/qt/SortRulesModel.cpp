@@ -184,13 +184,15 @@ void SortRulesModel::refreshDraft() {
     } else if (!draftLines_.empty()) {
         const PhraseReview& review = draftLines_[static_cast<size_t>(editorLineIndex_)].review;
         draftUnrecognized_ = review.unrecognized;
-        if (!review.parsed) {
+        const auto edited = lineOverrides_.find(editorLineIndex_);
+        const bool isEdited = edited != lineOverrides_.end();
+        if (!review.parsed && !isEdited) {
             // A marked word is explanation enough; the message is for sentences without one.
             if (draftUnrecognized_.empty()) draftError_ = review.message;
         } else {
-            ParsedSort parsed = *review.parsed;
-            const auto edited = lineOverrides_.find(editorLineIndex_);
-            const bool isEdited = edited != lineOverrides_.end();
+            // A line edited by hand (or a rule taken in whole) stands even where the sentence
+            // alone would not parse.
+            ParsedSort parsed = review.parsed ? *review.parsed : ParsedSort{edited->second, {}, false, edited->second.plainSummary()};
             if (isEdited) {
                 parsed.rule = edited->second;
                 parsed.needsFolder = moveWithoutFolder(parsed.rule);
