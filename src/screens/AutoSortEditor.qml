@@ -216,7 +216,7 @@ Popup {
                         delegate: Button {
                             required property var modelData
                             objectName: "chip-" + modelData.id
-                            text: modelData.text + "  \u00D7"
+                            text: modelData.id === "action" ? modelData.text : modelData.text + "  \u00D7"
                             onClicked: editor.rules.removeChip(modelData.id)
                             ToolTip.visible: hovered
                             ToolTip.text: "Remove this part"

@@ -468,8 +468,12 @@ TEST(ScreenTour, AutoSortListEditorAndRunPreview) {
     EXPECT_FALSE(rules.draftSort()->chips.empty());
     EXPECT_FALSE(rules.draftUnrecognized().empty());
     QMetaObject::invokeMethod(editor, "open");
-    ASSERT_TRUE(spinUntil([&] { return autoSort.touchCount() == 3; }, 5000)) << "three screenshots would be touched";
+    // "Pictures" reads as the image kind too, so the screen recording is left out until
+    // that chip is dropped.
+    ASSERT_TRUE(spinUntil([&] { return autoSort.touchCount() == 2; }, 5000)) << autoSort.touchCount();
     s.shoot("auto-sort-editor.png", 400);
+    rules.removeChip("kind-image");
+    EXPECT_EQ(autoSort.touchCount(), 3);
     QMetaObject::invokeMethod(editor, "close");
 
     QObject* sheet = root->findChild<QObject*>("autoSortRunSheet");

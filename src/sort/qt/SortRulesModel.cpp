@@ -372,9 +372,15 @@ bool SortRulesModel::saveDraft() {
         if (draftSort_) made.push_back(draftSort_->rule);
     } else {
         for (const LineReview& line : draftLines_) {
+            // The line on show is taken as shown: its edits, its folder and its name.
+            if (line.index == editorLineIndex_ && draftSort_) {
+                made.push_back(draftSort_->rule);
+                continue;
+            }
             const auto edited = lineOverrides_.find(line.index);
             if (edited != lineOverrides_.end()) {
                 made.push_back(edited->second);
+                if (ruleNameIsAutomatic_) made.back().name = chipLine(made.back());
                 continue;
             }
             if (!line.review.parsed) {
@@ -385,7 +391,7 @@ bool SortRulesModel::saveDraft() {
             SortRule rule = line.review.parsed->rule;
             if (line.review.parsed->needsFolder && !draftDestinationPath_.empty())
                 rule.action = SortAction::moveToFolder(draftDestinationPath_);
-            rule.name = line.index == editorLineIndex_ && draftSort_ ? draftSort_->rule.name : chipLine(rule);
+            rule.name = chipLine(rule);
             made.push_back(std::move(rule));
         }
     }
