@@ -7,6 +7,7 @@
 #include <QtConcurrent/QtConcurrentRun>
 
 #include "arrange/qt/ArrangeLive.h"
+#include "autopilot/FolderCandidates.h"
 #include "autopilot/qt/FolderRulesModel.h"
 #include "buildwatch/BuildWatchCleanerChecks.h"
 #include "clean/SmartCleanOriginChecks.h"
@@ -31,6 +32,8 @@
 #include "guidance/Celebration.h"
 #include "guidance/qt/GuidanceModel.h"
 #include "platform/XdgPaths.h"
+#include "sort/NewTodayMatcher.h"
+#include "sort/qt/AutoSortModel.h"
 #include "sort/qt/SortRulesModel.h"
 #include "space/NewToday.h"
 #include "space/VolumeReader.h"
@@ -42,6 +45,34 @@
 namespace bv {
 namespace {
 AppModel* g_qmlInstance = nullptr;
+
+// The rules the Overview's "New today" rows are checked against, copied for a pool task.
+struct StandingRules {
+    std::vector<SortRule> sort;
+    std::vector<CleanupRule> downloads;
+    std::vector<FolderWatchRule> folders;
+};
+
+// For each file, the first of: a sort rule, an older Downloads rule, an Autopilot rule that
+// would deal with it. Reads each file's facts from the disk; for a pool task.
+std::map<std::string, std::string> coverageOf(const std::vector<TrackedFile>& files, const StandingRules& rules,
+                                              TimePoint now) {
+    const NewTodayMatcher::FolderRuleTest folderTest = [](const FolderWatchRule& rule, const std::string& path, int depth,
+                                                          const NewTodayMatcher::FileFacts& facts, TimePoint at) {
+        if (rule.scope == FolderScope::children && depth != 1) return false;
+        const FolderCandidate c{path, lastPathComponent(path), facts.isDirectory, 0, facts.modified, depth};
+        return candidateMatches(c, rule, at);
+    };
+    std::map<std::string, std::string> out;
+    for (const TrackedFile& file : files) {
+        const FileSample sample = NewTodayMatcher::sampleFor(file);
+        auto covering = NewTodayMatcher::sortRuleCovering(sample, rules.sort, now);
+        if (!covering) covering = NewTodayMatcher::downloadsRuleCovering(sample, rules.downloads, now);
+        if (!covering) covering = NewTodayMatcher::folderRuleCovering(file.path, rules.folders, folderTest, now);
+        if (covering) out[file.path] = *covering;
+    }
+    return out;
+}
 } // namespace
 
 void AppModel::setQmlInstance(AppModel* model) { g_qmlInstance = model; }
@@ -105,6 +136,7 @@ void AppModel::buildRooms() {
     duplicates_ = new DuplicatesModel(ctx, this);
     spaceMap_ = new SpaceMapModel(ctx, this);
     sortRules_ = new SortRulesModel(ctx, this);
+    autoSort_ = new AutoSortModel(ctx, *sortRules_, this);
     folderRules_ = new FolderRulesModel(ctx, this);
     arrange_ = new ArrangeLive(ctx, this);
     guidance_ = new GuidanceModel(ctx, this);
@@ -138,6 +170,9 @@ void AppModel::connectRooms() {
     connect(sortRules_, &SortRulesModel::sortRulesChanged, arrange_, [this] { arrange_->setRules(sortRules_->sortRules()); });
     connect(arrange_, &ArrangeLive::rulesEdited, sortRules_, &SortRulesModel::setSortRules);
     arrange_->setRules(sortRules_->sortRules());
+    // Auto-Sort waits while a clean runs, and what it moved shows in the folder lists.
+    autoSort_->setBusyElsewhere([this] { return cleanRun_->phase() == CleanRun::Phase::running; });
+    connect(autoSort_, &AutoSortModel::filesChanged, this, &AppModel::refresh);
     // Guidance: what a cue reads, the cue's way to the preview, the celebration after a clean,
     // and first run's end (a refresh; a notice held back behind the sheet comes out).
     guidance_->setCueContextSource([this] {
@@ -195,7 +230,10 @@ void AppModel::start() {
 }
 
 // The first look after start: each feature's scan guards itself with its own flag.
-void AppModel::startupPass() { smartClean_->scan(); }
+void AppModel::startupPass() {
+    smartClean_->scan();
+    autoSort_->refreshSamples();
+}
 
 void AppModel::clockTick() {
     refresh();
@@ -216,17 +254,24 @@ void AppModel::refresh() {
     // The snapshot and the two folder lists are read in the background at the same time;
     // the snapshot is applied first, then both lists together.
     QFuture<VolumeSnapshot> snapshot = QtConcurrent::run([reader, home, now] { return reader(home, now); });
-    QFuture<std::vector<TrackedFile>> desk = QtConcurrent::run([desktop, now, calendar] {
-        return newToday(desktop, WatchedLocation::desktop, now, calendar);
+    using Listed = std::pair<std::vector<TrackedFile>, std::map<std::string, std::string>>;
+    const StandingRules standing{sortRules_->sortRules(), sortRules_->rules(), folderRules_->folderRules()};
+    QFuture<Listed> desk = QtConcurrent::run([desktop, now, calendar, standing] {
+        auto files = newToday(desktop, WatchedLocation::desktop, now, calendar);
+        auto coverage = coverageOf(files, standing, now);
+        return Listed{std::move(files), std::move(coverage)};
     });
-    QFuture<std::vector<TrackedFile>> down = QtConcurrent::run([downloads, now, calendar] {
-        return newToday(downloads, WatchedLocation::downloads, now, calendar);
+    QFuture<Listed> down = QtConcurrent::run([downloads, now, calendar, standing] {
+        auto files = newToday(downloads, WatchedLocation::downloads, now, calendar);
+        auto coverage = coverageOf(files, standing, now);
+        return Listed{std::move(files), std::move(coverage)};
     });
     snapshot.then(this, [this, desk, down](VolumeSnapshot s) mutable {
         applySnapshot(s);
-        desk.then(this, [this, down](std::vector<TrackedFile> d) mutable {
-            down.then(this, [this, d = std::move(d)](std::vector<TrackedFile> w) mutable {
-                space_->applyFileLists(std::move(d), std::move(w));
+        desk.then(this, [this, down](Listed d) mutable {
+            down.then(this, [this, d = std::move(d)](Listed w) mutable {
+                d.second.merge(w.second);
+                space_->applyFileLists(std::move(d.first), std::move(w.first), std::move(d.second));
                 QTimer::singleShot(0, folderAccess_, &FolderAccessModel::recompute);
                 setIsRefreshing(false);
             });

@@ -30,6 +30,7 @@ class DuplicatesModel;
 class FolderAccessModel;
 class FolderRulesModel;
 class ArrangeLive;
+class AutoSortModel;
 class GuidanceModel;
 class LowSpaceModel;
 class Messages;
@@ -63,6 +64,7 @@ class AppModel : public QObject {
     Q_MOC_INCLUDE("duplicates/qt/DuplicatesModel.h")
     Q_MOC_INCLUDE("space/qt/SpaceMapModel.h")
     Q_MOC_INCLUDE("sort/qt/SortRulesModel.h")
+    Q_MOC_INCLUDE("sort/qt/AutoSortModel.h")
     Q_MOC_INCLUDE("autopilot/qt/FolderRulesModel.h")
     Q_MOC_INCLUDE("arrange/qt/ArrangeLive.h")
     Q_MOC_INCLUDE("guidance/qt/GuidanceModel.h")
@@ -94,6 +96,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
     Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
     Q_PROPERTY(bv::SortRulesModel* sortRules READ sortRules CONSTANT)
+    Q_PROPERTY(bv::AutoSortModel* autoSort MEMBER autoSort_ CONSTANT)
     Q_PROPERTY(bv::FolderRulesModel* folderRules READ folderRules CONSTANT)
     Q_PROPERTY(bv::ArrangeLive* arrange MEMBER arrange_ CONSTANT)
     Q_PROPERTY(bv::GuidanceModel* guidance MEMBER guidance_ CONSTANT)
@@ -232,6 +235,7 @@ private:
     DuplicatesModel* duplicates_ = nullptr;
     SpaceMapModel* spaceMap_ = nullptr;
     SortRulesModel* sortRules_ = nullptr;
+    AutoSortModel* autoSort_ = nullptr;
     FolderRulesModel* folderRules_ = nullptr;
     ArrangeLive* arrange_ = nullptr;
     GuidanceModel* guidance_ = nullptr;

@@ -108,7 +108,7 @@ ApplicationWindow {
             OverviewPage {}
             SmartCleanPage {}
             DuplicatesPage {}
-            PlaceholderPage { title: "Auto-Sort"; tagline: "Downloads that tidy themselves" }
+            AutoSortPage {}
             AutopilotPage {}
             SpaceMapPage {}
             HistoryPage {}

@@ -225,6 +225,14 @@ Item {
                                 font.pixelSize: Theme.captionSize
                                 color: Theme.tertiaryText
                             }
+                            Text {
+                                visible: fileRow.model.coveredBy !== ""
+                                text: "Rule: " + fileRow.model.coveredBy
+                                font.pixelSize: Theme.captionSize
+                                color: Theme.accent
+                                elide: Text.ElideRight
+                                Layout.fillWidth: true
+                            }
                         }
                         Text {
                             text: fileRow.model.sizeText

@@ -27,6 +27,8 @@
 #include "model/AppModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
+#include "sort/qt/AutoSortModel.h"
+#include "sort/qt/SortRulesModel.h"
 #include "space/qt/SpaceMapModel.h"
 #include "space/qt/StorageSurveyModel.h"
 #include "support/DevCacheHome.h"
@@ -565,4 +567,57 @@ TEST(ScreenTour, SmartCleanFindsOldProjectsAndLeftovers) {
     test::removeTree(home + "/Code");
     test::removeTree(home + "/.var/app/org.gone.Sketchpad");
     test::removeTree(home + "/.config/gonetool");
+
+// Auto-Sort on a Downloads folder people would recognise: the list with its rules and the
+// suggestions from the files, the editor reading a sentence into chips with two words it
+// didn't use, and the run preview of every rule.
+TEST(ScreenTour, AutoSortListEditorAndRunPreview) {
+    const std::string downloads = XdgPaths::downloads();
+    test::removeTree(downloads);
+    for (const char* name : {"Screenshot 2026-11-18 at 09.14.02.png", "Screenshot 2026-11-20 at 17.40.51.png",
+                             "Screen Recording 2026-11-21 at 11.02.33.mov", "invoice-2026-10-hosting.pdf",
+                             "invoice-2026-11-hosting.pdf", "receipt-train-tickets.pdf", "Quarterly report.pdf"})
+        test::writeFile(downloads + "/" + name, media(180'000, 'd'));
+    Screen s;
+    const TimePoint later = Clock::now() + std::chrono::hours(2); // everything has settled
+    s.model.setNow([later] { return later; });
+    ASSERT_TRUE(s.open());
+    SortRulesModel& rules = *s.model.sortRules();
+    AutoSortModel& autoSort = *s.model.room<AutoSortModel>();
+    rules.setDraftPhrase("move pdf files starting with invoice");
+    rules.chooseDraftFolder(QString::fromStdString(XdgPaths::home() + "/Documents/Invoices"));
+    ASSERT_TRUE(rules.saveDraft());
+    s.model.focusOnSection("rules");
+    autoSort.refreshSamples();
+    ASSERT_TRUE(spinUntil([&] { return autoSort.sortSuggestions().size() >= 2; }, 5000));
+    EXPECT_EQ(autoSort.tidyCountLine(), "2 files your rules can tidy right now");
+    s.shoot("auto-sort-list.png", 300);
+
+    QObject* root = s.engine.rootObjects().constFirst();
+    QObject* editor = root->findChild<QObject*>("autoSortEditor");
+    ASSERT_TRUE(editor);
+    rules.newDraft();
+    rules.setDraftPhrase("move screenshots to Pictures every week please");
+    ASSERT_TRUE(rules.draftSort());
+    EXPECT_FALSE(rules.draftSort()->chips.empty());
+    EXPECT_FALSE(rules.draftUnrecognized().empty());
+    QMetaObject::invokeMethod(editor, "open");
+    // "Pictures" reads as the image kind too, so the screen recording is left out until
+    // that chip is dropped.
+    ASSERT_TRUE(spinUntil([&] { return autoSort.touchCount() == 2; }, 5000)) << autoSort.touchCount();
+    s.shoot("auto-sort-editor.png", 400);
+    rules.removeChip("kind-image");
+    EXPECT_EQ(autoSort.touchCount(), 3);
+    QMetaObject::invokeMethod(editor, "close");
+
+    QObject* sheet = root->findChild<QObject*>("autoSortRunSheet");
+    ASSERT_TRUE(sheet);
+    autoSort.startPreview({});
+    QMetaObject::invokeMethod(sheet, "open");
+    ASSERT_TRUE(spinUntil([&] { return autoSort.hasSimulation(); }, 5000));
+    EXPECT_EQ(autoSort.previewActions().size(), 2);
+    s.shoot("auto-sort-run-preview.png", 400);
+    QMetaObject::invokeMethod(sheet, "close");
+    spin(100);
+    EXPECT_FALSE(autoSort.hasSimulation()) << "closing the sheet drops the preview";
 }

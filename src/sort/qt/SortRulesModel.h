@@ -33,6 +33,14 @@ class SortRulesModel : public QObject {
     Q_PROPERTY(QString draftError READ draftErrorText NOTIFY draftChanged)
     Q_PROPERTY(QVariantList draftUnrecognized READ draftUnrecognizedList NOTIFY draftChanged)
     Q_PROPERTY(QVariantMap draftSort READ draftSortMap NOTIFY draftChanged)
+    // "describe" (a sentence) or "build" (rows of conditions).
+    Q_PROPERTY(QString inputMode READ inputMode WRITE setInputMode NOTIFY draftChanged)
+    // "New Auto-Sort rule" or "Edit Auto-Sort rule".
+    Q_PROPERTY(QString editorTitle READ editorTitle NOTIFY draftChanged)
+    Q_PROPERTY(QString draftDestination READ draftDestinationText NOTIFY draftChanged)
+    // One map per sort rule, in list order: id, name, summary, isEnabled, trigger, isOlder
+    // (an older Downloads rule with the same id exists).
+    Q_PROPERTY(QVariantList ruleRows READ ruleRows NOTIFY sortRulesChanged)
 
 public:
     // Reads "rules-v2.json" and "rules.json" (a live model only).
@@ -68,6 +76,38 @@ public:
     [[nodiscard]] QVariantList draftUnrecognizedList() const;
     [[nodiscard]] QVariantMap draftSortMap() const;
 
+    // ---- editing ---------------------------------------------------------------------
+    // An empty editor for a new rule.
+    Q_INVOKABLE void newDraft();
+    // The saved rule in the editor, its sentence as the text and the rule itself as that
+    // line's edit, so nothing of it is lost to a second reading.
+    Q_INVOKABLE void editRule(const QString& id);
+    [[nodiscard]] QString inputMode() const { return building_ ? QStringLiteral("build") : QStringLiteral("describe"); }
+    void setInputMode(const QString& mode);
+    [[nodiscard]] QString editorTitle() const;
+    [[nodiscard]] QString draftDestinationText() const;
+    // Drops the part of the draft a chip stands for.
+    Q_INVOKABLE void removeChip(const QString& chipID);
+    // "move", "trash", "archive" or "rename" (with its pattern).
+    Q_INVOKABLE void setDraftAction(const QString& action, const QString& pattern = QString());
+    // "whenAdded", "manual", "hourly", "daily" or "weekly".
+    Q_INVOKABLE void setDraftTrigger(const QString& trigger);
+    // The folder picker's answer; an empty path is a cancel.
+    Q_INVOKABLE void chooseDraftFolder(const QString& path);
+    // The build input: rows of {field, op, text, place} and "all" or "any". Rows whose text
+    // is empty are left out.
+    Q_INVOKABLE void buildDraft(const QVariantList& rows, const QString& match);
+    // The draft's conditions as rows of the build input.
+    Q_INVOKABLE QVariantList draftConditionRows() const;
+    // "Save rule": every line of the text (or the built rule) becomes a rule; refused with the
+    // first rule's validation message in draftError. True when saved (the editor then empties).
+    Q_INVOKABLE bool saveDraft();
+    Q_INVOKABLE void deleteRule(const QString& id);
+    Q_INVOKABLE QString deleteExplanation(const QString& id) const;
+    Q_INVOKABLE void setRuleEnabled(const QString& id, bool on);
+    [[nodiscard]] QVariantList ruleRows() const;
+    [[nodiscard]] const SortRule* sortRule(const QString& id) const;
+
 signals:
     void sortRulesChanged();
     void draftChanged();
@@ -75,6 +115,7 @@ signals:
 private:
     void refreshDraft();
     void save();
+    template <class Edit> void editDraftRule(Edit edit);
 
     const FeatureContext& ctx_;
     std::vector<CleanupRule> rules_;
@@ -88,6 +129,9 @@ private:
     std::optional<ParsedSort> draftSort_;
     std::optional<std::string> draftError_;
     std::vector<PhraseSpan> draftUnrecognized_;
+    bool building_ = false;
+    std::optional<SortRule> builtRule_;
+    std::optional<Uuid> editingRuleID_;
 };
 
 } // namespace bv

@@ -12,7 +12,7 @@ namespace bv {
 
 SpaceStatus::SpaceStatus(const FeatureContext& context, QObject* parent)
     : QObject(parent), ctx_(context),
-      newToday_(new KeyedListModel({"path", "name", "size", "sizeText", "kind", "addedText", "location"}, this)) {
+      newToday_(new KeyedListModel({"path", "name", "size", "sizeText", "kind", "addedText", "location", "coveredBy"}, this)) {
     if (!ctx_.live) return;
     bool replaced = false;
     history_ = SpaceHistory::accepting(ctx_.store.load(SpaceHistory::fileName(), SpaceHistory::fromJson), replaced);
@@ -48,17 +48,20 @@ bool SpaceStatus::applySnapshot(const VolumeSnapshot& snapshot) {
     return usable;
 }
 
-void SpaceStatus::applyFileLists(std::vector<TrackedFile> desktop, std::vector<TrackedFile> downloads) {
-    if (desktop == desktopFiles_ && downloads == downloadFiles_) return;
+void SpaceStatus::applyFileLists(std::vector<TrackedFile> desktop, std::vector<TrackedFile> downloads,
+                                 std::map<std::string, std::string> coverage) {
+    if (desktop == desktopFiles_ && downloads == downloadFiles_ && coverage == coverage_) return;
     desktopFiles_ = std::move(desktop);
     downloadFiles_ = std::move(downloads);
+    coverage_ = std::move(coverage);
     std::vector<KeyedListModel::Row> rows;
     for (const auto* list : {&desktopFiles_, &downloadFiles_})
         for (const auto& f : *list)
             rows.push_back({q(f.path),
                             {q(f.path), q(f.name), static_cast<qint64>(f.size), q(byteText(f.size)), q(f.kind),
                              q(ctx_.calendar.shortTime(f.added)),
-                             f.location == WatchedLocation::desktop ? QStringLiteral("Desktop") : QStringLiteral("Downloads")}});
+                             f.location == WatchedLocation::desktop ? QStringLiteral("Desktop") : QStringLiteral("Downloads"),
+                             coverage_.count(f.path) ? q(coverage_.at(f.path)) : QString()}});
     newToday_->setRows(std::move(rows));
     emit fileListsChanged();
 }

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -33,7 +34,8 @@ class SpaceStatus : public QObject {
     Q_PROPERTY(QString lastOpenDeltaText READ lastOpenDeltaText NOTIFY deltasChanged)
     Q_PROPERTY(QString lastRefreshText READ lastRefreshText NOTIFY lastRefreshChanged)
     // Rows keyed by path, newest first, Desktop then Downloads: path, name, size, sizeText,
-    // kind, addedText, location ("Desktop" or "Downloads").
+    // kind, addedText, location ("Desktop" or "Downloads"), coveredBy (the rule that would
+    // already deal with the file, or "").
     Q_PROPERTY(bv::KeyedListModel* newTodayFiles READ newTodayList CONSTANT)
 
 public:
@@ -44,7 +46,9 @@ public:
     // A reading from a refresh. One with no total is ignored (false) and changes nothing but
     // the refresh time; a good one becomes `latest`, joins the history and moves the deltas.
     bool applySnapshot(const VolumeSnapshot& snapshot);
-    void applyFileLists(std::vector<TrackedFile> desktop, std::vector<TrackedFile> downloads);
+    // `coverage` names, by path, the rule that would already deal with a file.
+    void applyFileLists(std::vector<TrackedFile> desktop, std::vector<TrackedFile> downloads,
+                        std::map<std::string, std::string> coverage = {});
     // The window went to the background or the program ends: the latest reading becomes the
     // baseline of "since your last visit" at the next start.
     void noteSessionEnd();
@@ -88,6 +92,7 @@ private:
     std::optional<TimePoint> lastRefresh_;
     std::vector<TrackedFile> desktopFiles_;
     std::vector<TrackedFile> downloadFiles_;
+    std::map<std::string, std::string> coverage_;
     KeyedListModel* newToday_;
 };
 
