@@ -16,6 +16,7 @@ int runProjects(const std::vector<std::string>& args);
 int runOldProjects(const std::vector<std::string>& args);
 int runLeftovers(const std::vector<std::string>& args);
 int runAutopilot(const std::vector<std::string>& args);
+int runHistory(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{

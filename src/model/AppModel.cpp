@@ -31,6 +31,7 @@
 #include "guidance/Celebration.h"
 #include "guidance/qt/GuidanceModel.h"
 #include "platform/XdgPaths.h"
+#include "restore/qt/PutBackModel.h"
 #include "sort/qt/SortRulesModel.h"
 #include "space/NewToday.h"
 #include "space/VolumeReader.h"
@@ -108,6 +109,7 @@ void AppModel::buildRooms() {
     folderRules_ = new FolderRulesModel(ctx, this);
     arrange_ = new ArrangeLive(ctx, this);
     guidance_ = new GuidanceModel(ctx, this);
+    putBack_ = new PutBackModel(ctx, this);
 }
 
 // How the rooms hear of each other: the shell's wiring, so no feature knows another.
