@@ -30,6 +30,7 @@ const std::vector<CliCommand>& commands() {
          "how the rule editor reads each sentence; what the saved Auto-Sort rules would do now; the rules and their matches", runRules},
         {"projects", "projects [--json] PATH... | --look [--json]", "the build folders Build Watch would measure in each project, or the projects it would suggest", runProjects},
         {"autopilot", "autopilot preview|list [--json] ...", "what a folder rule would clean now (preview [--scope children|recursive] FOLDER SENTENCE), or the saved rules", runAutopilot},
+        {"history", "history [--json]", "everything History holds, newest first, and whether each Trash move can still be put back", runHistory},
     };
     return table;
 }

@@ -262,9 +262,14 @@ TEST(ScreenTour, HistoryPutsBackFromTheTrash) {
     std::vector<CleanupEntry> entries;
     for (const char* name : {"dist", "coverage", ".parcel-cache"}) {
         test::writeFile(folder + "/" + name + "/bundle.js", media(300'000, name[1]));
-        entries.push_back({.id = name, .title = name, .path = folder + "/" + name, .bytes = 312'000'000,
-                           .note = "Rebuilt by the next build.", .symbolName = "trash", .allowRoot = folder,
-                           .origin = CleanupOrigin::duplicate});
+        CleanupEntry& e = entries.emplace_back();
+        e.id = e.title = name;
+        e.path = folder + "/" + name;
+        e.bytes = 312'000'000;
+        e.note = "Rebuilt by the next build.";
+        e.symbolName = "trash";
+        e.allowRoot = folder;
+        e.origin = CleanupOrigin::duplicate;
     }
     Cleaner::Environment env;
     env.runningProcesses = [] { return std::vector<RunningProcess>{}; };
