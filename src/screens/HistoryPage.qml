@@ -192,8 +192,8 @@ Item {
                     required property string pathsText
                     required property string entryID
                     // 1: still in the Trash, 2: no longer there, 3: put back already, 0: not a Trash move.
-                    readonly property int putBackState: page.putBack.states[entryID] || 0
-                    readonly property string runText: page.putBack.runButtons[entryID] || ""
+                    readonly property int putBackState: AppModel.putBack.states[entryID] || 0
+                    readonly property string runText: AppModel.putBack.runButtons[entryID] || ""
                     width: ListView.view.width
                     implicitHeight: 62
 
@@ -255,18 +255,18 @@ Item {
                             Button {
                                 visible: row.runText.length > 0
                                 text: row.runText
-                                enabled: !page.putBack.busy
-                                onClicked: page.putBack.putBackRun(row.entryID)
+                                enabled: !AppModel.putBack.busy
+                                onClicked: AppModel.putBack.putBackRun(row.entryID)
                             }
                             Button {
                                 visible: row.putBackState === 1
-                                text: page.putBack.buttonText
-                                enabled: !page.putBack.busy
-                                onClicked: page.putBack.putBack(row.entryID)
+                                text: AppModel.putBack.buttonText
+                                enabled: !AppModel.putBack.busy
+                                onClicked: AppModel.putBack.putBack(row.entryID)
                             }
                             Text {
                                 visible: row.putBackState >= 2
-                                text: row.putBackState === 2 ? page.putBack.notInTrashText : page.putBack.doneText
+                                text: row.putBackState === 2 ? AppModel.putBack.notInTrashText : AppModel.putBack.doneText
                                 font.pixelSize: Theme.captionSize
                                 color: Theme.tertiaryText
                             }
