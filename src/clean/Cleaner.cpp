@@ -181,10 +181,11 @@ ActionLogEntry Cleaner::apply(const CleanupEntry& entry, const std::string& home
             throw fromChange(e);
         }
     };
+    std::optional<std::string> trashedPath; // where a Trash move landed, for putting it back later
     const auto toTrash = [&] {
         PinnedItem item = pinned();
         try {
-            (void)Trash::moveToTrash(item, env_.now());
+            trashedPath = Trash::moveToTrash(item, env_.now()).trashedPath;
         } catch (const ItemChangedError& e) {
             throw fromChange(e);
         }
@@ -241,6 +242,7 @@ ActionLogEntry Cleaner::apply(const CleanupEntry& entry, const std::string& home
     log.symbolName = symbol;
     log.bytesReclaimed = entry.bytes;
     log.sourcePath = entry.path;
+    log.trashedPath = trashedPath;
     return log;
 }
 

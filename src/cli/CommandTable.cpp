@@ -17,6 +17,7 @@ int runProjects(const std::vector<std::string>& args);
 int runOldProjects(const std::vector<std::string>& args);
 int runLeftovers(const std::vector<std::string>& args);
 int runAutopilot(const std::vector<std::string>& args);
+int runHistory(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
@@ -30,6 +31,7 @@ const std::vector<CliCommand>& commands() {
          "how the rule editor reads each sentence; what the saved Auto-Sort rules would do now; the rules and their matches", runRules},
         {"projects", "projects [--json] PATH... | --look [--json]", "the build folders Build Watch would measure in each project, or the projects it would suggest", runProjects},
         {"autopilot", "autopilot preview [--json] [--scope children|recursive] FOLDER SENTENCE | autopilot list [--json]", "what a folder rule would clean now, or the saved folder rules", runAutopilot},
+        {"history", "history [--json]", "everything History holds, newest first, and whether each Trash move can still be put back", runHistory},
     };
     return table;
 }

@@ -1,5 +1,6 @@
 #include "core/ActionLog.h"
 
+#include <algorithm>
 #include <limits>
 #include <set>
 
@@ -12,14 +13,30 @@ LogAddition addLogEntries(std::vector<ActionLogEntry>& log, BrimvaleSettings& se
                           const std::vector<ActionLogEntry>& added, TimePoint now, const CalendarContext& calendar) {
     LogAddition result;
     if (added.empty()) return result;
-    log.insert(log.begin(), added.begin(), added.end());
+    const auto firstAdded = log.insert(log.begin(), added.begin(), added.end());
+    // Several Trash moves added together are one clean, which History can put back as a whole.
+    const auto trashed = std::count_if(added.begin(), added.end(), [](const ActionLogEntry& e) { return e.trashedPath.has_value(); });
+    if (trashed >= 2) {
+        const Uuid run = Uuid::generate();
+        for (auto it = firstAdded; it != firstAdded + static_cast<std::ptrdiff_t>(added.size()); ++it)
+            if (it->trashedPath) it->runID = run;
+    }
     // Trim before anyone saves, so the file never holds more than the cap.
     if (log.size() > kLogCapacity) log.resize(kLogCapacity);
     result.logChanged = true;
 
     std::int64_t freed = 0;
-    for (const auto& e : added) freed = saturatingAdd(freed, e.bytesReclaimed);
+    std::int64_t putBack = 0;
+    for (const auto& e : added) {
+        if (e.putBackOf) putBack = saturatingAdd(putBack, -e.bytesReclaimed);
+        else freed = saturatingAdd(freed, e.bytesReclaimed);
+    }
     result.settingsChanged = applyLifetimeUpdate(settings, freed, now, calendar, result.milestone);
+    // Space put back from the Trash was never freed after all; the count of clean-ups stays.
+    if (putBack >= 1 && settings.lifetimeBytesFreed >= 1) {
+        settings.lifetimeBytesFreed = std::max<std::int64_t>(0, settings.lifetimeBytesFreed - putBack);
+        result.settingsChanged = true;
+    }
     return result;
 }
 

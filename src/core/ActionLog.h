@@ -41,7 +41,9 @@ struct LogAddition {
 
 // The one way into the log. `added` goes to the front in its own order, the list is cut to
 // kLogCapacity from the old end, and the added entries' bytes go to the lifetime update.
-// An empty `added` changes nothing.
+// Two or more Trash moves added at once share a new runID. Put-backs (putBackOf set) count
+// no clean-up: their bytes come off lifetimeBytesFreed, never below 0. An empty `added`
+// changes nothing.
 [[nodiscard]] LogAddition addLogEntries(std::vector<ActionLogEntry>& log, BrimvaleSettings& settings,
                                         const std::vector<ActionLogEntry>& added, TimePoint now,
                                         const CalendarContext& calendar);

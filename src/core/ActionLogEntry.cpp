@@ -12,6 +12,9 @@ Json ActionLogEntry::toJson() const {
     j["bytesReclaimed"] = bytesReclaimed;
     j["sourcePath"] = sourcePath;
     if (destinationPath) j["destinationPath"] = *destinationPath;
+    if (trashedPath) j["trashedPath"] = *trashedPath;
+    if (runID) j["runID"] = runID->text();
+    if (putBackOf) j["putBackOf"] = putBackOf->text();
     return j;
 }
 
@@ -28,6 +31,10 @@ ActionLogEntry ActionLogEntry::fromJson(const Json& json) {
     e.bytesReclaimed = r.integer("bytesReclaimed");
     e.sourcePath = r.text("sourcePath");
     e.destinationPath = r.optionalText("destinationPath");
+    e.trashedPath = r.optionalText("trashedPath");
+    // The put-back links are an aid, not the record: a damaged one is dropped, not fatal.
+    if (const auto run = r.optionalText("runID")) e.runID = Uuid::parse(*run);
+    if (const auto undone = r.optionalText("putBackOf")) e.putBackOf = Uuid::parse(*undone);
     return e;
 }
 

@@ -21,11 +21,19 @@ struct ActionLogEntry {
     std::int64_t bytesReclaimed = 0; // space given back; 0 for a move that frees nothing
     std::string sourcePath;
     std::optional<std::string> destinationPath; // where it went, if anywhere
+    // Where a move to the Trash landed (<trash>/files/<name>), so History can put it back
+    // while the Trash still holds it. Absent for everything else.
+    std::optional<std::string> trashedPath;
+    // The clean this entry belongs to, when one clean moved several items to the Trash: what
+    // "Put back all" puts back together.
+    std::optional<Uuid> runID;
+    // On a put-back, the entry whose Trash move it undid.
+    std::optional<Uuid> putBackOf;
 
     friend bool operator==(const ActionLogEntry&, const ActionLogEntry&) = default;
 
     [[nodiscard]] Json toJson() const;
-    // Every key but destinationPath is required; a missing key or a wrong type throws
+    // Every key but destinationPath, trashedPath, runID and putBackOf is required; a missing key or a wrong type throws
     // DecodeError (an id that is no UUID too).
     [[nodiscard]] static ActionLogEntry fromJson(const Json& json);
 };

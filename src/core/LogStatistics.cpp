@@ -67,9 +67,14 @@ bool isClearNow(std::int64_t reclaimableBytes, bool devScanning, bool storageSca
 }
 
 int tidyStreak(const std::vector<ActionLogEntry>& log, bool clearNow, TimePoint now, const CalendarContext& calendar) {
+    // A put-back and the clean it undid are not a tidy day's work.
+    std::set<Uuid> undone;
+    for (const auto& e : log)
+        if (e.putBackOf) undone.insert(*e.putBackOf);
     std::set<TimePoint> days;
     DayCache cache(calendar);
-    for (const auto& e : log) days.insert(cache.dayOf(e.date));
+    for (const auto& e : log)
+        if (!e.putBackOf && !undone.count(e.id)) days.insert(cache.dayOf(e.date));
     TimePoint day = calendar.startOfDay(now);
     if (clearNow) days.insert(day);
     int count = 0;
@@ -97,7 +102,8 @@ std::vector<WeekBar> weekBars(const std::vector<ActionLogEntry>& log, TimePoint 
         WeekBar bar;
         bar.id = calendar.addingDays(today, offset);
         const TimePoint next = calendar.addingDays(bar.id, 1);
-        bar.bytes = sumBetween(log, bar.id, next);
+        // A day whose put-backs outweigh its cleans freed nothing; the chart never goes below 0.
+        bar.bytes = std::max<std::int64_t>(0, sumBetween(log, bar.id, next));
         const int weekday = calendar.components(bar.id).weekday; // 1 = Sunday
         if (weekday >= 1 && static_cast<std::size_t>(weekday) <= symbols.size()) bar.label = symbols[weekday - 1];
         bars.push_back(std::move(bar));

@@ -52,7 +52,9 @@ struct WeekPoint {
                               bool hasRefreshed);
 
 // Days in a row, ending today, that have a log entry (any size), today counting too when
-// the disk is clear now. A run that stops before today gives 0.
+// the disk is clear now. A run that stops before today gives 0. Put-backs, and the entries
+// they undid, count for no day. Put-backs carry negative bytes, so every sum here (the
+// week's total, a day's total) is net of them; a week bar is never below 0.
 [[nodiscard]] int tidyStreak(const std::vector<ActionLogEntry>& log, bool clearNow, TimePoint now,
                              const CalendarContext& calendar);
 // "Clean up today to start one", "1 day", "4 days".

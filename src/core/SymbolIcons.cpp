@@ -21,6 +21,7 @@ std::string freedesktopIconName(const std::string& symbolName) {
         {"hand.raised", "dialog-warning-symbolic"},
         {"text.magnifyingglass", "edit-find-symbolic"},
         {"sparkles", "starred-symbolic"},
+        {"arrow.uturn.backward", "edit-undo-symbolic"}, // put back from the Trash
     };
     for (const auto& [symbol, icon] : kTable)
         if (symbolName == symbol) return std::string(icon);

@@ -54,8 +54,9 @@ FirstRunClean::Result FirstRunClean::run(const std::vector<FirstRunItem>& items,
             result.failures.push_back(failureLine(item.title));
             continue;
         }
+        std::string trashedPath;
         try {
-            (void)Trash::moveToTrash(item.path, now);
+            trashedPath = Trash::moveToTrash(item.path, now).trashedPath;
         } catch (const std::exception&) {
             result.failures.push_back(failureLine(item.title));
             continue;
@@ -69,6 +70,7 @@ FirstRunClean::Result FirstRunClean::run(const std::vector<FirstRunItem>& items,
         log.symbolName = "trash";
         log.bytesReclaimed = item.bytes;
         log.sourcePath = item.path;
+        log.trashedPath = trashedPath;
         result.logs.push_back(std::move(log));
         result.freed += item.bytes;
     }

@@ -32,6 +32,7 @@
 #include "guidance/Celebration.h"
 #include "guidance/qt/GuidanceModel.h"
 #include "platform/XdgPaths.h"
+#include "restore/qt/PutBackModel.h"
 #include "sort/NewTodayMatcher.h"
 #include "sort/qt/AutoSortModel.h"
 #include "sort/qt/SortRulesModel.h"
@@ -140,6 +141,7 @@ void AppModel::buildRooms() {
     folderRules_ = new FolderRulesModel(ctx, this);
     arrange_ = new ArrangeLive(ctx, this);
     guidance_ = new GuidanceModel(ctx, this);
+    putBack_ = new PutBackModel(ctx, this);
 }
 
 // How the rooms hear of each other: the shell's wiring, so no feature knows another.

@@ -32,6 +32,7 @@ class FolderRulesModel;
 class ArrangeLive;
 class AutoSortModel;
 class GuidanceModel;
+class PutBackModel;
 class LowSpaceModel;
 class Messages;
 class NotificationCenter;
@@ -68,6 +69,7 @@ class AppModel : public QObject {
     Q_MOC_INCLUDE("autopilot/qt/FolderRulesModel.h")
     Q_MOC_INCLUDE("arrange/qt/ArrangeLive.h")
     Q_MOC_INCLUDE("guidance/qt/GuidanceModel.h")
+    Q_MOC_INCLUDE("restore/qt/PutBackModel.h")
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
@@ -100,6 +102,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::FolderRulesModel* folderRules READ folderRules CONSTANT)
     Q_PROPERTY(bv::ArrangeLive* arrange MEMBER arrange_ CONSTANT)
     Q_PROPERTY(bv::GuidanceModel* guidance MEMBER guidance_ CONSTANT)
+    Q_PROPERTY(bv::PutBackModel* putBack MEMBER putBack_ CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -239,6 +242,7 @@ private:
     FolderRulesModel* folderRules_ = nullptr;
     ArrangeLive* arrange_ = nullptr;
     GuidanceModel* guidance_ = nullptr;
+    PutBackModel* putBack_ = nullptr;
 
     bool didStart_ = false;
     bool isRefreshing_ = false;

@@ -43,6 +43,10 @@ public:
     // missing. Throws FileSystemError when it can't be made.
     [[nodiscard]] static std::string homeTrashFolder();
 
+    // Drops the folder size cache's line for `trashName` (an item that left files/, put
+    // back or emptied) and any other line whose item is gone. Advisory: failures are ignored.
+    static void forgetDirectorySize(int trashFolderFd, int filesFd, const std::string& trashName);
+
     // The Path value of an info file: every byte but unreserved ASCII and "/" as %XX.
     [[nodiscard]] static std::string percentEncode(std::string_view bytes);
     // The reverse; malformed escapes are kept as they stand.

@@ -4,12 +4,17 @@ import QtQuick.Layouts
 import Brimvale.Core
 
 // Everything that moved or removed a file, by day, with the week's total, the streak and a
-// search over names, details and folders. Clearing it puts nothing back.
+// search over names, details and folders. Clearing it puts nothing back; an item still in the
+// Trash comes back with "Put back" on its row.
 Item {
     id: page
     property string title: "History"
     property string tagline: "Everything you got back"
     readonly property var log: AppModel.activityLog
+    readonly property var putBack: AppModel.putBack
+
+    Component.onCompleted: putBack.refresh()
+    onVisibleChanged: if (visible) putBack.refresh()
 
     ColumnLayout {
         anchors.fill: parent
@@ -106,6 +111,34 @@ Item {
             }
         }
 
+        // What the last put-back did, or why it could not.
+        Rectangle {
+            Layout.fillWidth: true
+            visible: page.putBack.message.length > 0
+            implicitHeight: putBackLine.implicitHeight + 20
+            radius: Theme.radius
+            color: page.putBack.messageIsRefusal ? "#fdf3e1" : "#e6f5ec"
+            border.color: page.putBack.messageIsRefusal ? Theme.warning : Theme.positive
+            RowLayout {
+                anchors.fill: parent
+                anchors.leftMargin: 14
+                anchors.rightMargin: 8
+                Text {
+                    id: putBackLine
+                    text: page.putBack.message
+                    wrapMode: Text.WordWrap
+                    font.pixelSize: Theme.bodySize
+                    color: Theme.text
+                    Layout.fillWidth: true
+                }
+                Button {
+                    text: "OK"
+                    flat: true
+                    onClicked: page.putBack.dismissMessage()
+                }
+            }
+        }
+
         Rectangle {
             Layout.fillWidth: true
             Layout.fillHeight: true
@@ -157,6 +190,10 @@ Item {
                     required property string timeText
                     required property string iconName
                     required property string pathsText
+                    required property string entryID
+                    // 1: still in the Trash, 2: no longer there, 3: put back already, 0: not a Trash move.
+                    readonly property int putBackState: AppModel.putBack.states[entryID] || 0
+                    readonly property string runText: AppModel.putBack.runButtons[entryID] || ""
                     width: ListView.view.width
                     implicitHeight: 62
 
@@ -210,6 +247,28 @@ Item {
                                 color: Theme.tertiaryText
                                 elide: Text.ElideMiddle
                                 Layout.fillWidth: true
+                            }
+                        }
+                        RowLayout {
+                            spacing: 6
+                            visible: row.putBackState > 0
+                            Button {
+                                visible: row.runText.length > 0
+                                text: row.runText
+                                enabled: !AppModel.putBack.busy
+                                onClicked: AppModel.putBack.putBackRun(row.entryID)
+                            }
+                            Button {
+                                visible: row.putBackState === 1
+                                text: AppModel.putBack.buttonText
+                                enabled: !AppModel.putBack.busy
+                                onClicked: AppModel.putBack.putBack(row.entryID)
+                            }
+                            Text {
+                                visible: row.putBackState >= 2
+                                text: row.putBackState === 2 ? AppModel.putBack.notInTrashText : AppModel.putBack.doneText
+                                font.pixelSize: Theme.captionSize
+                                color: Theme.tertiaryText
                             }
                         }
                         ColumnLayout {

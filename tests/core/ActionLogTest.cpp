@@ -11,7 +11,7 @@ namespace {
 const CalendarContext kBerlinUS("en_US", "Europe/Berlin");
 
 ActionLogEntry entry(const std::string& title, std::int64_t bytes, TimePoint date) {
-    return {Uuid::generate(), date, title, "detail", "trash", bytes, "/home/u/" + title, std::nullopt};
+    return {Uuid::generate(), date, title, "detail", "trash", bytes, "/home/u/" + title, std::nullopt, std::nullopt, std::nullopt, std::nullopt};
 }
 
 TimePoint at(int y, int m, int d, int h = 12, int min = 0, int s = 0) { return kBerlinUS.date(y, m, d, h, min, s); }

@@ -11,7 +11,7 @@ const CalendarContext kDE("de_DE", "Europe/Berlin"); // weeks begin on Monday
 
 ActionLogEntry entry(std::int64_t bytes, TimePoint date, std::string source = "/home/u/a",
                      std::optional<std::string> destination = std::nullopt, std::string title = "Moved a") {
-    return {Uuid::generate(), date, std::move(title), "detail", "folder", bytes, std::move(source), std::move(destination)};
+    return {Uuid::generate(), date, std::move(title), "detail", "folder", bytes, std::move(source), std::move(destination), std::nullopt, std::nullopt, std::nullopt};
 }
 
 TimePoint at(int y, int m, int d, int h = 12, int min = 0, int s = 0) { return kUS.date(y, m, d, h, min, s); }

@@ -26,7 +26,7 @@ const CalendarContext kCalendar("en_US", "Europe/Berlin");
 const TimePoint kNow = kCalendar.date(2026, 11, 17, 12); // a Tuesday
 
 ActionLogEntry entry(const std::string& title, std::int64_t bytes, TimePoint date, std::string source = "/home/u/x") {
-    return {Uuid::generate(), date, title, "Moved to the Trash", "trash", bytes, std::move(source), std::nullopt};
+    return {Uuid::generate(), date, title, "Moved to the Trash", "trash", bytes, std::move(source), std::nullopt, std::nullopt, std::nullopt, std::nullopt};
 }
 
 class AppModelLogTest : public ::testing::Test {

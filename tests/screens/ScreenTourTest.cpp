@@ -24,7 +24,10 @@
 #include "core/qt/ActivityLog.h"
 #include "core/qt/Messages.h"
 #include "duplicates/qt/DuplicatesModel.h"
+#include "clean/Cleaner.h"
+#include "core/qt/QtText.h"
 #include "model/AppModel.h"
+#include "restore/qt/PutBackModel.h"
 #include "platform/XdgPaths.h"
 #include "screens/GuiApplication.h"
 #include "sort/qt/AutoSortModel.h"
@@ -119,7 +122,7 @@ std::vector<ActionLogEntry> realisticLog(TimePoint now) {
     std::vector<ActionLogEntry> log;
     for (const auto& r : rows)
         log.push_back({Uuid::generate(), at(r.daysAgo, r.hour, r.minute), r.title, r.subtitle, r.symbol, r.bytes,
-                       r.source, r.destination});
+                       r.source, r.destination, std::nullopt, std::nullopt, std::nullopt});
     return log;
 }
 
@@ -257,6 +260,56 @@ TEST(ScreenTour, HistoryWithARealisticLog) {
     QMetaObject::invokeMethod(dialog, "close");
     spin(100);
     EXPECT_EQ(history->logEntries().size(), log.size()) << "opening the confirmation clears nothing";
+}
+
+// History offers "Put back" for a clean still in the Trash, and says so plainly when a name
+// is taken: three real items cleaned into the real (temporary) Trash.
+TEST(ScreenTour, HistoryPutsBackFromTheTrash) {
+    const std::string folder = XdgPaths::home() + "/Projects/tour-app";
+    std::vector<CleanupEntry> entries;
+    for (const char* name : {"dist", "coverage", ".parcel-cache"}) {
+        test::writeFile(folder + "/" + name + "/bundle.js", media(300'000, name[1]));
+        CleanupEntry& e = entries.emplace_back();
+        e.id = e.title = name;
+        e.path = folder + "/" + name;
+        e.bytes = 312'000'000;
+        e.note = "Rebuilt by the next build.";
+        e.symbolName = "trash";
+        e.allowRoot = folder;
+        e.origin = CleanupOrigin::duplicate;
+    }
+    Cleaner::Environment env;
+    env.runningProcesses = [] { return std::vector<RunningProcess>{}; };
+    const auto cleaned = Cleaner(env).applyList(entries, XdgPaths::home());
+    ASSERT_EQ(cleaned.logs.size(), 3u) << (cleaned.failures.empty() ? "" : cleaned.failures.front());
+    auto log = realisticLog(Clock::now());
+    BrimvaleSettings settings;
+    (void)addLogEntries(log, settings, cleaned.logs, Clock::now(), CalendarContext::current());
+    saveLog(AppPersistence::live(), log);
+
+    Screen s;
+    ASSERT_TRUE(s.open());
+    PutBackModel* putBack = s.model.room<PutBackModel>();
+    s.model.focusOnSection("activity");
+    const QString newest = q(log.front().id.text());
+    ASSERT_TRUE(spinUntil([&] { return putBack->stateOf(newest) == PutBackModel::Available; }, 5000));
+    EXPECT_EQ(putBack->runButtonText(newest), "Put back all 3 items");
+    s.shoot("history-put-back.png");
+
+    // Something new now stands under the first item's name: it stays in the Trash.
+    test::writeFile(folder + "/dist", "a new dist");
+    putBack->putBack(newest);
+    ASSERT_TRUE(spinUntil([&] { return !putBack->busy() && !putBack->message().isEmpty(); }, 5000));
+    EXPECT_EQ(putBack->message(), "Something named “dist” is already there, so it stayed in the Trash.");
+    s.shoot("history-put-back-refused.png");
+
+    // The rest of the clean comes back; the week's total drops by what came back.
+    const qint64 weekBefore = s.model.activityLog()->weekBytes();
+    putBack->putBackRun(q(log[1].id.text()));
+    ASSERT_TRUE(spinUntil([&] { return putBack->stateOf(q(log[1].id.text())) == PutBackModel::Done; }, 5000));
+    EXPECT_TRUE(putBack->message().startsWith("Put back 2 of 3 items. Something named “dist”")) << putBack->message().toStdString();
+    EXPECT_EQ(s.model.activityLog()->weekBytes(), weekBefore - 2 * 312'000'000);
+    s.shoot("history-put-back-done.png");
 }
 
 // Every section at the default size and at 1400 x 900, then the two alerts: an error and the
@@ -567,6 +620,7 @@ TEST(ScreenTour, SmartCleanFindsOldProjectsAndLeftovers) {
     test::removeTree(home + "/Code");
     test::removeTree(home + "/.var/app/org.gone.Sketchpad");
     test::removeTree(home + "/.config/gonetool");
+}
 
 // Auto-Sort on a Downloads folder people would recognise: the list with its rules and the
 // suggestions from the files, the editor reading a sentence into chips with two words it

@@ -18,7 +18,7 @@ QString homeShortened(const std::string& path, const std::string& home) {
 
 HistoryListModel::HistoryListModel(QObject* parent)
     : KeyedListModel({"dayTitle", "dayTotalText", "title", "subtitle", "sizeText", "timeText", "iconName", "sourcePath",
-                      "destinationPath", "pathsText"},
+                      "destinationPath", "pathsText", "entryID"},
                      parent) {}
 
 void HistoryListModel::setDays(const std::vector<ActivityDay>& days, const CalendarContext& calendar,
@@ -37,7 +37,7 @@ void HistoryListModel::setDays(const std::vector<ActivityDay>& days, const Calen
                              // A move frees nothing; its row shows no size rather than "0 GB".
                              e.bytesReclaimed >= 1 ? q(byteText(e.bytesReclaimed)) : QString(),
                              q(timeText.format(e.date)), q(freedesktopIconName(e.symbolName)), q(e.sourcePath),
-                             q(e.destinationPath.value_or(std::string())), paths}});
+                             q(e.destinationPath.value_or(std::string())), paths, q(e.id.text())}});
         }
     }
     setRows(std::move(rows));

@@ -25,6 +25,7 @@ public:
         sourcePath,
         destinationPath,
         pathsText, // "~/Downloads/a.pdf → ~/Documents/a.pdf", the home folder shortened
+        entryID,   // the entry's id, for what other rooms know of it (putting it back)
     };
 
     explicit HistoryListModel(QObject* parent = nullptr);

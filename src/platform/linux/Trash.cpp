@@ -150,15 +150,12 @@ bool writeAll(int fd, std::string_view text) {
     return true;
 }
 
-// Rewrites the folder size cache: drops lines for names no longer in files/ and adds one
-// for the folder just trashed. The cache is advisory, so a failure here is not an error.
-void updateDirectorySizes(const TrashFolder& t, const std::string& trashName, const std::string& infoName) {
-    struct stat infoSt{};
-    if (::fstatat(t.info.get(), infoName.c_str(), &infoSt, AT_SYMLINK_NOFOLLOW) != 0) return;
-    const std::int64_t size = allocatedSizeAt(t.files.get(), trashName);
-
+// Rewrites the folder size cache: drops lines for names no longer in files/ (and for
+// `trashName`), then adds `addedLine` when there is one. The cache is advisory, so a failure
+// here is not an error.
+void rewriteDirectorySizes(int folderFd, int filesFd, const std::string& trashName, const std::string& addedLine) {
     std::string kept;
-    if (const UniqueFd old(::openat(t.folder.get(), "directorysizes", O_RDONLY | O_NOFOLLOW | O_CLOEXEC)); old.valid()) {
+    if (const UniqueFd old(::openat(folderFd, "directorysizes", O_RDONLY | O_NOFOLLOW | O_CLOEXEC)); old.valid()) {
         std::string text;
         char buf[8192];
         ssize_t n;
@@ -172,21 +169,29 @@ void updateDirectorySizes(const TrashFolder& t, const std::string& trashName, co
             const std::string name = Trash::percentDecode(line.substr(b + 1));
             if (name == trashName || name.empty() || name.find('/') != std::string::npos) continue;
             struct stat st{};
-            if (::fstatat(t.files.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) continue;
+            if (::fstatat(filesFd, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) continue;
             kept += line + "\n";
         }
     }
-    kept += std::to_string(size) + " " + std::to_string(static_cast<long long>(infoSt.st_mtime)) + " " +
-            Trash::percentEncode(trashName) + "\n";
+    kept += addedLine;
 
     thread_local std::mt19937_64 rng{std::random_device{}()};
     const std::string tmp = "directorysizes.tmp-" + std::to_string(::getpid()) + "-" + std::to_string(rng() % 1000000000);
-    const int fd = ::openat(t.folder.get(), tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    const int fd = ::openat(folderFd, tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd < 0) return;
     const bool ok = writeAll(fd, kept) && ::fsync(fd) == 0;
     ::close(fd);
-    if (!ok || ::renameat(t.folder.get(), tmp.c_str(), t.folder.get(), "directorysizes") != 0)
-        ::unlinkat(t.folder.get(), tmp.c_str(), 0);
+    if (!ok || ::renameat(folderFd, tmp.c_str(), folderFd, "directorysizes") != 0) ::unlinkat(folderFd, tmp.c_str(), 0);
+}
+
+// Adds the line for the folder just trashed.
+void updateDirectorySizes(const TrashFolder& t, const std::string& trashName, const std::string& infoName) {
+    struct stat infoSt{};
+    if (::fstatat(t.info.get(), infoName.c_str(), &infoSt, AT_SYMLINK_NOFOLLOW) != 0) return;
+    const std::int64_t size = allocatedSizeAt(t.files.get(), trashName);
+    rewriteDirectorySizes(t.folder.get(), t.files.get(), trashName,
+                          std::to_string(size) + " " + std::to_string(static_cast<long long>(infoSt.st_mtime)) + " " +
+                              Trash::percentEncode(trashName) + "\n");
 }
 
 } // namespace
@@ -263,6 +268,10 @@ std::string Trash::candidateName(const std::string& name, int n, std::size_t max
 }
 
 std::string Trash::homeTrashFolder() { return openHomeTrash().path; }
+
+void Trash::forgetDirectorySize(int trashFolderFd, int filesFd, const std::string& trashName) {
+    rewriteDirectorySizes(trashFolderFd, filesFd, trashName, std::string());
+}
 
 Trash::Landing Trash::moveToTrash(const std::string& absolutePath, TimePoint now) {
     const auto st = statNoFollow(absolutePath);
