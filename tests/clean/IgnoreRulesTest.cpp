@@ -41,7 +41,7 @@ TEST(IgnoreRules, AnswersExactlyAsGitOrDefers) {
          {"a_modules", "b_modules", "dist", "build"}, "", ""},
         {"middle slash anchors", {{".gitignore", "a/node_modules\n*/target/\n"}},
          {"a/node_modules", "b/a/node_modules", "a/target", "a/b/target", "target"}, "", ""},
-        {"deeper file overrides", {{".gitignore", "node_modules\ndist\n"}, {"s/.gitignore", "!node_modules\n/x/dist\n"}},
+        {"deeper file overrides", {{".gitignore", "node_modules\n"}, {"s/.gitignore", "!node_modules\n/x/dist\n"}},
          {"s/node_modules", "node_modules", "s/d/node_modules", "s/x/dist", "x/dist", "s/y/x/dist"}, "", ""},
         {"excluded parent", {{".gitignore", "out/\nvendor/*\n!vendor/keep\n"}, {"out/.gitignore", "!node_modules\n"},
                              {"vendor/keep/.gitignore", "!target\n"}},
