@@ -13,9 +13,11 @@ namespace bv {
 class GitQuery {
 public:
     // Which of `relativePaths` (relative to `repository`, the folder that holds ".git") the
-    // repository ignores: `git -C repository check-ignore --stdin -z`, every path in one
-    // process. Nothing when git could not be started or failed (any exit status other than
-    // 0 "some ignored" and 1 "none ignored"): without an answer nothing counts as ignored.
+    // repository ignores, as `git -C repository check-ignore --stdin -z` says. Read from the
+    // repository's files when IgnoreRules can answer exactly; else git is asked, every path
+    // in one process. Nothing when git is not on PATH, could not be started or failed (any
+    // exit status other than 0 "some ignored" and 1 "none ignored"): without an answer
+    // nothing counts as ignored.
     [[nodiscard]] static std::optional<std::vector<std::string>> ignoredPaths(const std::string& repository,
                                                                               const std::vector<std::string>& relativePaths);
 
