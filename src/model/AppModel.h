@@ -30,6 +30,7 @@ class DuplicatesModel;
 class FolderAccessModel;
 class FolderRulesModel;
 class ArrangeLive;
+class BuildWatchModel;
 class GuidanceModel;
 class LowSpaceModel;
 class Messages;
@@ -66,6 +67,7 @@ class AppModel : public QObject {
     Q_MOC_INCLUDE("autopilot/qt/FolderRulesModel.h")
     Q_MOC_INCLUDE("arrange/qt/ArrangeLive.h")
     Q_MOC_INCLUDE("guidance/qt/GuidanceModel.h")
+    Q_MOC_INCLUDE("buildwatch/qt/BuildWatchModel.h")
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
@@ -97,6 +99,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::FolderRulesModel* folderRules READ folderRules CONSTANT)
     Q_PROPERTY(bv::ArrangeLive* arrange MEMBER arrange_ CONSTANT)
     Q_PROPERTY(bv::GuidanceModel* guidance MEMBER guidance_ CONSTANT)
+    Q_PROPERTY(bv::BuildWatchModel* buildWatch MEMBER buildWatch_ CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -235,6 +238,7 @@ private:
     FolderRulesModel* folderRules_ = nullptr;
     ArrangeLive* arrange_ = nullptr;
     GuidanceModel* guidance_ = nullptr;
+    BuildWatchModel* buildWatch_ = nullptr;
 
     bool didStart_ = false;
     bool isRefreshing_ = false;
