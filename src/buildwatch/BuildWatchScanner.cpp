@@ -6,7 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <condition_variable>
 #include <map>
+#include <mutex>
+#include <thread>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -60,26 +63,37 @@ std::vector<std::string> namesOf(const std::vector<Entry>& entries) {
 
 bool deniedErrno(int e) { return e == EACCES || e == EPERM; }
 
+bool sameIgnoringCase(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (lower(a[i]) != lower(b[i])) return false;
+    return true;
+}
+
+// The folders one project's rows list below it, each read once however many rows ask.
+using Listings = std::unordered_map<std::string, std::optional<std::vector<Entry>>>;
+
 // Expands a row's components against the disk from `base`: the disk's own spelling is kept
 // and every step must be a real folder.
 void expand(const std::string& base, const std::vector<std::string>& components, std::size_t at,
-            const std::vector<Entry>* baseEntries, std::vector<std::string>& out) {
+            const std::vector<Entry>* baseEntries, Listings& listings, std::vector<std::string>& out) {
     if (at == components.size()) {
         out.push_back(base);
         return;
     }
-    std::optional<std::vector<Entry>> listed;
     if (!baseEntries) {
-        listed = listEntries(base);
-        if (!listed) return;
-        baseEntries = &*listed;
+        auto it = listings.find(base);
+        if (it == listings.end()) it = listings.emplace(base, listEntries(base)).first;
+        if (!it->second) return;
+        baseEntries = &*it->second;
     }
     const std::string& want = components[at];
     const bool wild = want.find('*') != std::string::npos;
-    const std::string lowerWant = asciiLowercased(want);
     for (const auto& e : *baseEntries) {
-        const bool taken = wild ? Catalog::componentMatches(want, e.name) : asciiLowercased(e.name) == lowerWant;
-        if (taken && e.isFolder) expand(join(base, e.name), components, at + 1, nullptr, out);
+        if (!e.isFolder) continue;
+        const bool taken = wild ? Catalog::componentMatches(want, e.name) : sameIgnoringCase(e.name, want);
+        if (taken) expand(join(base, e.name), components, at + 1, nullptr, listings, out);
     }
 }
 
@@ -121,7 +135,7 @@ public:
         if (!rows.empty()) {
             for (const Pattern* row : rows) {
                 std::vector<std::string> found;
-                expand(folder, row->components, 0, &entries, found);
+                expand(folder, row->components, 0, &entries, listings_, found);
                 for (auto& p : found)
                     scan_.candidates.push_back({std::move(p), folder, row, tree.has_value(), tree.value_or("")});
             }
@@ -140,6 +154,7 @@ public:
 
 private:
     PendingScan& scan_;
+    Listings listings_;
 };
 
 // Asks git once per work tree, over every pending scan, and drops what git does not ignore.
@@ -164,9 +179,10 @@ void addDerivedDataCandidates(PendingScan& scan, const std::vector<BuildWatchSca
         if (!ours) continue;
         const auto entries = listEntries(dd.path);
         if (!entries) continue;
+        Listings listings;
         for (const Pattern* row : Catalog::applicablePatterns(namesOf(*entries), true)) {
             std::vector<std::string> found;
-            expand(dd.path, row->components, 0, &*entries, found);
+            expand(dd.path, row->components, 0, &*entries, listings, found);
             for (auto& f : found) scan.candidates.push_back({std::move(f), dd.path, row, false, ""});
         }
     }
@@ -203,6 +219,65 @@ void measureInto(SizeCache& sizes, const std::vector<std::string>& paths, Deadli
     for (std::size_t i = 0; i < missing.size(); ++i) sizes[missing[i]] = results[i].bytes;
 }
 
+// Measures folders on a thread of its own while the look's walk goes on, so the walk and the
+// measuring (mostly waiting on inodes, on a pool of its own) overlap instead of following each
+// other. Paths are handed over as the walk finds them and measured in batches of whatever has
+// queued meanwhile; `finish` waits for the last and gives every size.
+class MeasureBehind {
+public:
+    explicit MeasureBehind(Deadline deadline) : deadline_(deadline), worker_([this] { run(); }) {}
+    MeasureBehind(const MeasureBehind&) = delete;
+    MeasureBehind& operator=(const MeasureBehind&) = delete;
+    ~MeasureBehind() { stop(); }
+
+    void add(const std::vector<std::string>& paths) {
+        if (paths.empty()) return;
+        {
+            const std::lock_guard lock(mutex_);
+            queue_.insert(queue_.end(), paths.begin(), paths.end());
+        }
+        wake_.notify_one();
+    }
+    [[nodiscard]] SizeCache finish() {
+        stop();
+        return std::move(sizes_);
+    }
+
+private:
+    void stop() {
+        if (!worker_.joinable()) return;
+        {
+            const std::lock_guard lock(mutex_);
+            done_ = true;
+        }
+        wake_.notify_one();
+        worker_.join();
+    }
+    void run() {
+        FolderMeasure::Options options;
+        options.deadline = deadline_;
+        for (;;) {
+            std::vector<std::string> batch;
+            {
+                std::unique_lock lock(mutex_);
+                wake_.wait(lock, [&] { return done_ || !queue_.empty(); });
+                if (queue_.empty()) return;
+                batch.swap(queue_);
+            }
+            const auto results = FolderMeasure::measureMany(batch, options);
+            for (std::size_t i = 0; i < batch.size(); ++i) sizes_[batch[i]] = results[i].bytes;
+        }
+    }
+
+    Deadline deadline_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::vector<std::string> queue_;
+    bool done_ = false;
+    SizeCache sizes_; // written by the worker only, read after it has ended
+    std::thread worker_; // last: starts once everything above exists
+};
+
 // Turns the kept candidates of every scan into measured, sorted targets. `sizes` holds
 // folders measured already.
 std::vector<BuildWatchScanner::ProjectScan> finish(std::vector<PendingScan>& pending, bool measure, Deadline deadline,
@@ -236,14 +311,24 @@ std::vector<BuildWatchScanner::ProjectScan> finish(std::vector<PendingScan>& pen
     return out;
 }
 
+// The work tree each parent folder lies in, looked up once for all the projects beside each other.
+using TreeOfParent = std::unordered_map<std::string, std::optional<std::string>>;
+
 // Walks one project folder that was listed already.
 PendingScan walkProject(const std::string& project, const std::vector<Entry>& entries, const std::string& home,
-                        const std::optional<std::vector<BuildWatchScanner::DerivedDataFolder>>& derived) {
+                        const std::optional<std::vector<BuildWatchScanner::DerivedDataFolder>>& derived,
+                        TreeOfParent& trees) {
     PendingScan scan;
     scan.project = project;
     const auto slash = project.rfind('/');
     const std::string parent = slash == 0 ? "/" : project.substr(0, slash);
-    ProjectWalker(scan).walk(project, entries, 0, project == "/" ? std::nullopt : GitIgnoreCheck::workTreeOf(parent));
+    std::optional<std::string> tree;
+    if (project != "/") {
+        auto it = trees.find(parent);
+        if (it == trees.end()) it = trees.emplace(parent, GitIgnoreCheck::workTreeOf(parent)).first;
+        tree = it->second;
+    }
+    ProjectWalker(scan).walk(project, entries, 0, tree);
     if (scan.xcodeSeen) addDerivedDataCandidates(scan, derived ? *derived : BuildWatchScanner::listDerivedData(home));
     return scan;
 }
@@ -256,7 +341,8 @@ BuildWatchScanner::ProjectScan BuildWatchScanner::scanProject(const std::string&
     const std::string project = Catalog::standardizedPath(projectIn);
     const auto entries = listEntries(project);
     if (!entries) return ProjectScan{{}, {}, accessDenied(project)};
-    std::vector<PendingScan> pending{walkProject(project, *entries, home, derived)};
+    TreeOfParent trees;
+    std::vector<PendingScan> pending{walkProject(project, *entries, home, derived, trees)};
     keepIgnoredOnly(pending);
     return std::move(finish(pending, measure, std::nullopt).front());
 }
@@ -285,6 +371,9 @@ BuildWatchScanner::LookResult BuildWatchScanner::lookForProjects(const std::vect
     LookResult result;
     std::unordered_set<std::string> visited;
     std::vector<PendingScan> pending;
+    std::vector<std::vector<Candidate>> outer; // each pending project's outermost matches
+    TreeOfParent trees;
+    MeasureBehind measuring(deadline);
 
     struct Step {
         std::string path;
@@ -314,7 +403,13 @@ BuildWatchScanner::LookResult BuildWatchScanner::lookForProjects(const std::vect
                 if (e.name == ".git") isProject = true;
             if (!isProject) isProject = !Catalog::recognizeStacks(namesOf(*entries)).empty();
             if (isProject && !Catalog::isBlockedFolder(step.path, homeFolders)) {
-                if (!watched.contains(step.path)) pending.push_back(walkProject(step.path, *entries, home, derived));
+                if (!watched.contains(step.path)) {
+                    pending.push_back(walkProject(step.path, *entries, home, derived, trees));
+                    outer.push_back(outermost(pending.back().candidates));
+                    std::vector<std::string> paths;
+                    for (const auto& c : outer.back()) paths.push_back(c.path);
+                    measuring.add(paths);
+                }
                 continue;
             }
             if (step.depth >= 5) continue;
@@ -327,18 +422,11 @@ BuildWatchScanner::LookResult BuildWatchScanner::lookForProjects(const std::vect
         if (result.reachedDeadline) break;
     }
 
-    // Every matching folder is measured first, before git is asked: a project whose matches
+    // Every matching folder is measured (behind the walk) before git is asked: a project whose matches
     // all together stay under the minimum can't become a suggestion whatever git says, so its
     // repository costs no git process. The kept targets are pairwise apart and each lies in
     // one of the outermost matches, so this sum bounds theirs.
-    SizeCache sizes;
-    std::vector<std::vector<Candidate>> outer;
-    std::vector<std::string> outerPaths;
-    for (const auto& p : pending) {
-        outer.push_back(outermost(p.candidates));
-        for (const auto& c : outer.back()) outerPaths.push_back(c.path);
-    }
-    measureInto(sizes, outerPaths, deadline);
+    SizeCache sizes = measuring.finish();
     std::vector<PendingScan> big;
     for (std::size_t i = 0; i < pending.size(); ++i) {
         std::int64_t bound = 0;

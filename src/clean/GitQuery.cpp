@@ -170,8 +170,16 @@ std::optional<GitQuery::Outcome> GitQuery::run(const std::vector<std::string>& a
     std::vector<char*> args;
     for (const auto& a : argv) args.push_back(const_cast<char*>(a.c_str()));
     args.push_back(nullptr);
+    // Variables that would point git at another repository than the one asked about stay out.
+    std::vector<char*> env;
+    for (char** e = environ; e && *e; ++e) {
+        const std::string_view v(*e);
+        if (!v.starts_with("GIT_DIR=") && !v.starts_with("GIT_WORK_TREE=") && !v.starts_with("GIT_INDEX_FILE="))
+            env.push_back(*e);
+    }
+    env.push_back(nullptr);
     pid_t pid = 0;
-    const int rc = ::posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
+    const int rc = ::posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), env.data());
     posix_spawn_file_actions_destroy(&actions);
     if (rc != 0) return std::nullopt;
     if (argv[0] == "git") ++started_;

@@ -8,7 +8,7 @@
 
 namespace bv {
 
-// The two questions the old-project search puts to git, asked of the `git` found on PATH,
+// The questions the old-project search and Build Watch put to git, asked of the `git` found on PATH,
 // started directly (never through a shell) with its error output thrown away.
 class GitQuery {
 public:

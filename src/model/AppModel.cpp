@@ -10,6 +10,7 @@
 #include "autopilot/FolderCandidates.h"
 #include "autopilot/qt/FolderRulesModel.h"
 #include "buildwatch/BuildWatchCleanerChecks.h"
+#include "buildwatch/qt/BuildWatchModel.h"
 #include "clean/SmartCleanOriginChecks.h"
 #include "clean/qt/CleanRun.h"
 #include "clean/qt/SmartCleanModel.h"
@@ -142,6 +143,7 @@ void AppModel::buildRooms() {
     arrange_ = new ArrangeLive(ctx, this);
     guidance_ = new GuidanceModel(ctx, this);
     putBack_ = new PutBackModel(ctx, this);
+    buildWatch_ = new BuildWatchModel(ctx, this);
 }
 
 // How the rooms hear of each other: the shell's wiring, so no feature knows another.
@@ -200,6 +202,23 @@ void AppModel::connectRooms() {
     // clean-up preview is on its way.
     connect(&NotificationRouter::shared(), &NotificationRouter::brimvalePreviewCleanup, this,
             &AppModel::requestCleanupSheet, Qt::UniqueConnection);
+    // Build Watch: its run waits for the preview and a clean, lowers limits on a low disk, is
+    // credited by cleans of its folders, and a watch request opens its draft on its screen.
+    buildWatch_->setCleanBusySource(
+        [this] { return cleanRun_->isSheetPresented() || cleanRun_->phase() == CleanRun::Phase::running; });
+    buildWatch_->setDiskIsLowSource([this] { return lowSpace_->isLow(); });
+    connect(cleanRun_, &CleanRun::runFinished, buildWatch_, &BuildWatchModel::creditFinishedClean);
+    connect(buildWatch_, &BuildWatchModel::spaceFreed, this, &AppModel::refresh);
+    connect(buildWatch_, &BuildWatchModel::draftStarted, this,
+            [this] { focusOnSection(QStringLiteral("buildWatch")); });
+    connect(watchRequests_, &WatchRequests::changed, buildWatch_, [this] {
+        if (!watchRequests_->pendingPath().isEmpty())
+            buildWatch_->startDraft(watchRequests_->pendingPath(), watchRequests_->fromLink());
+    });
+    // The request waits until its draft is confirmed or cancelled.
+    connect(buildWatch_, &BuildWatchModel::draftChanged, watchRequests_, [this] {
+        if (!buildWatch_->hasDraft()) watchRequests_->clear();
+    });
 }
 
 void AppModel::updateClearNow() {
@@ -234,6 +253,7 @@ void AppModel::start() {
 // The first look after start: each feature's scan guards itself with its own flag.
 void AppModel::startupPass() {
     smartClean_->scan();
+    buildWatch_->checkDue(true);
     autoSort_->refreshSamples();
 }
 

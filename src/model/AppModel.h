@@ -31,6 +31,7 @@ class FolderAccessModel;
 class FolderRulesModel;
 class ArrangeLive;
 class AutoSortModel;
+class BuildWatchModel;
 class GuidanceModel;
 class PutBackModel;
 class LowSpaceModel;
@@ -70,6 +71,7 @@ class AppModel : public QObject {
     Q_MOC_INCLUDE("arrange/qt/ArrangeLive.h")
     Q_MOC_INCLUDE("guidance/qt/GuidanceModel.h")
     Q_MOC_INCLUDE("restore/qt/PutBackModel.h")
+    Q_MOC_INCLUDE("buildwatch/qt/BuildWatchModel.h")
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
@@ -103,6 +105,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::ArrangeLive* arrange MEMBER arrange_ CONSTANT)
     Q_PROPERTY(bv::GuidanceModel* guidance MEMBER guidance_ CONSTANT)
     Q_PROPERTY(bv::PutBackModel* putBack MEMBER putBack_ CONSTANT)
+    Q_PROPERTY(bv::BuildWatchModel* buildWatch MEMBER buildWatch_ CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -243,6 +246,7 @@ private:
     ArrangeLive* arrange_ = nullptr;
     GuidanceModel* guidance_ = nullptr;
     PutBackModel* putBack_ = nullptr;
+    BuildWatchModel* buildWatch_ = nullptr;
 
     bool didStart_ = false;
     bool isRefreshing_ = false;

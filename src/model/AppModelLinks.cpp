@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include "buildwatch/qt/BuildWatchModel.h"
 #include "clean/qt/SmartCleanModel.h"
 #include "core/qt/BrimvaleLink.h"
 #include "core/qt/Messages.h"
@@ -33,7 +34,9 @@ bool AppModel::handleLink(const QUrl& url) {
 
 void AppModel::runLinkPass() {
     emit linkPassStarted();
-    if (loadLiveData_) smartClean_->scan();
+    if (!loadLiveData_) return;
+    smartClean_->scan();
+    buildWatch_->checkDue(true);
 }
 
 std::optional<QString> AppModel::watchFolderService(const QStringList& paths) {

@@ -96,7 +96,8 @@ ApplicationWindow {
             Layout.fillHeight: true
             selected: window.selection
             badges: ({ overview: window.reclaimBadge, devMode: window.reclaimBadge,
-                       activity: AppModel.activityLog.weekBadge, duplicates: AppModel.duplicates.badge })
+                       activity: AppModel.activityLog.weekBadge, duplicates: AppModel.duplicates.badge,
+                       buildWatch: AppModel.buildWatch.badge })
             onChosen: name => window.select(name)
         }
         Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.border }
@@ -112,7 +113,7 @@ ApplicationWindow {
             AutopilotPage {}
             SpaceMapPage {}
             HistoryPage {}
-            PlaceholderPage { title: "Build Watch"; tagline: "Project builds kept in check" }
+            BuildWatchPage {}
             AutoArrangePage {}
         }
     }
@@ -140,6 +141,7 @@ ApplicationWindow {
         id: cleanupSheet
         onConfirmRuleRequested: { AppModel.folderRules.confirmRule(); AppModel.cleanRun.dismissSheet() }
     }
+    BuildWatchDraftSheet {}
     // Guidance: the cue of the screen, the celebration after a clean, first run and the tour.
     CueLine { anchors { right: parent.right; bottom: parent.bottom; margins: 20 } width: Math.min(560, parent.width - 300) }
     CelebrationLayer { anchors.fill: parent }

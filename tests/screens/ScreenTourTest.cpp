@@ -17,6 +17,7 @@
 
 #include "autopilot/FolderWatchRule.h"
 #include "autopilot/qt/FolderRulesModel.h"
+#include "buildwatch/qt/BuildWatchModel.h"
 #include "clean/qt/CleanRun.h"
 #include "clean/qt/SmartCleanFinds.h"
 #include "clean/qt/SmartCleanModel.h"
@@ -674,4 +675,53 @@ TEST(ScreenTour, AutoSortListEditorAndRunPreview) {
     QMetaObject::invokeMethod(sheet, "close");
     spin(100);
     EXPECT_FALSE(autoSort.hasSimulation()) << "closing the sheet drops the preview";
+}
+
+TEST(ScreenTour, BuildWatchWithTwoWatchesASuggestionAndTheDraft) {
+    const std::string code = XdgPaths::home() + "/code";
+    test::removeTree(code);
+    // Two watched projects measured over the week, and an unwatched game holding 1.1 GB.
+    const TimePoint now = Clock::now();
+    BuildWatchState state;
+    using Row = std::tuple<const char*, long long, long long, long long>; // name, limit, a week ago, now
+    for (const auto& [name, limit, from, to] : {Row{"api-server", 2'000'000'000, 1'200'000'000, 1'650'000'000},
+                                                Row{"web-dashboard", 5'000'000'000, 2'900'000'000, 2'400'000'000}}) {
+        test::writeFile(code + "/" + name + "/Cargo.toml", "[package]\n");
+        BuildWatch w;
+        w.id = Uuid::generate();
+        w.path = code + "/" + name;
+        w.name = name;
+        w.stacks = {BuildStack::rust};
+        w.limitBytes = limit;
+        w.createdAt = now - std::chrono::hours(24 * 9);
+        w.nextCheck = now + std::chrono::hours(6);
+        w.samples = {{now - std::chrono::hours(24 * 6), from}, {now - std::chrono::hours(2), to}};
+        w.lastChecked = w.samples.back().date;
+        state.watches.push_back(w);
+    }
+    state.watches[1].lastNote = "Waiting for cargo to finish. Checking again in 30 minutes.";
+    AppPersistence::live().saveJson(kBuildWatchFileName, encodeBuildWatchState(state));
+    test::writeFile(code + "/space-game/Cargo.toml", "[package]\n");
+    allocate(code + "/space-game/target/debug/game.bin", 1'100'000'000);
+    test::writeFile(code + "/new-tool/package.json", "{}");
+    test::writeSizedFile(code + "/new-tool/node_modules/.cache/babel/x", 400'000);
+
+    Screen s;
+    ASSERT_TRUE(s.open());
+    BuildWatchModel& watch = *s.model.room<BuildWatchModel>();
+    s.model.focusOnSection("buildWatch");
+    ASSERT_TRUE(spinUntil([&] { return !watch.suggestionsScanning() && watch.suggestionValues().size() == 1; }, 20000));
+    EXPECT_EQ(watch.suggestionValues()[0].name, "space-game");
+    EXPECT_EQ(watch.badge(), "1.1 GB");
+    EXPECT_EQ(watch.watchesForQml()[0].toMap()["growthText"].toString(), "+450 MB this week");
+    s.shoot("buildwatch-two-watches-and-a-suggestion.png");
+
+    QUrl link("brimvale://watch");
+    link.setQuery("path=" + QUrl::toPercentEncoding(QString::fromStdString(code + "/new-tool")));
+    ASSERT_TRUE(s.model.handleLink(link));
+    ASSERT_TRUE(spinUntil([&] { return watch.draftValue() && watch.draftValue()->scan; }));
+    EXPECT_TRUE(watch.draftForQml()["canConfirm"].toBool());
+    s.shoot("buildwatch-draft-sheet.png", 300);
+    watch.cancelDraft();
+    test::removeTree(code);
 }

@@ -34,6 +34,12 @@ std::string platformWording(const std::string& text) {
         {"other APFS volumes", "other volumes"},
         // The rule-folder refusal names Linux's app-data places where it names the Library.
         {"Music, and Library can\u2019t", "Music, and app data such as ~/.local and ~/.config can\u2019t"},
+        // A folder Build Watch may not list: on Linux only its permissions decide.
+        {". This happens when a folder is tied to another app, or when Full Disk Access is off. Turn on Brimvale in "
+         "System Settings \u203a Privacy & Security \u203a Full Disk Access, then try again.",
+         ". Its permissions don\u2019t let your account open it. Choose a folder you own, or change who may read "
+         "this one, then try again."},
+        {"macOS won\u2019t let Brimvale read ", "Brimvale can\u2019t read "},
     };
     std::string out = text;
     for (const auto& [from, to] : table) replaceAll(out, from, to);
