@@ -4,7 +4,7 @@
 usage: compare_map.py [TREE] [--build DIR] [--runs N]
 
 TREE is a generated home-like tree (default /tmp/bv-bench-tree; made by make_home_tree.py when
-missing). Every command runs once to warm the caches, then the commands take turns, run after
+the folder does not exist yet), or any existing folder, such as /usr, which is only read. Every command runs once to warm the caches, then the commands take turns, run after
 run, so a change in the machine's load falls on all of them alike. Each run is timed by
 /usr/bin/time (wall, user + system CPU, peak resident memory); the report gives medians and
 the ratios the goals speak of:
@@ -12,6 +12,10 @@ the ratios the goals speak of:
   map / ncdu -o /dev/null   <= 0.55     map / gdu -n < 1     map / du -s < 1
   map peak memory / gdu's   <= 0.25     measure / du -s <= 0.6
 and our ratios to the floor, a bare parallel walk that only sums sizes (bench_bare_walk).
+
+Last, the totals: the map's (and the bytes it left out as hard links counted once already)
+against the allocated bytes of the distinct files, counted here by a serial walk, and du -s
+(which counts folders too) with hard links once and, with -l, once per name.
 
 The map command is `brimvale map TREE` when the program answers it, else bench_map_process,
 the same scan and printing.
@@ -34,7 +38,7 @@ def main():
     for tool in ("ncdu", "gdu", "du", "/usr/bin/time"):
         if not shutil.which(tool):
             sys.exit(f"missing {tool} (scripts/packages.txt lists it)")
-    if not os.path.exists(os.path.join(a.tree, ".bv-bench-done")):
+    if not os.path.exists(a.tree):
         subprocess.run([sys.executable, os.path.join(here, "make_home_tree.py"), a.tree], check=True)
 
     brimvale = os.path.join(a.build, "src/app/brimvale")
@@ -82,6 +86,37 @@ def main():
                                  ("measure / du", "measure", "du", "<= 0.6"), ("measure / floor", "measure", "floor", "")]:
         print(f"  {name:16s} {w[num] / w[den]:6.3f}  [{c[num] / c[den]:.3f}]  {('goal ' + goal) if goal else ''}")
     print(f"  map RSS / gdu RSS {med['map'][2] / med['gdu'][2]:.3f}  goal <= 0.25")
+    totals(a.tree, commands["map"])
+
+def distinct_file_bytes(tree):
+    """Allocated bytes of the distinct regular files (device, inode) under tree, on its file system."""
+    seen, total = set(), 0
+    top = os.lstat(tree).st_dev
+    for folder, dirs, files in os.walk(tree):
+        dirs[:] = [d for d in dirs if os.lstat(os.path.join(folder, d)).st_dev == top]
+        for f in files:
+            try:
+                st = os.lstat(os.path.join(folder, f))
+            except OSError:
+                continue
+            if not os.path.islink(os.path.join(folder, f)) and (st.st_dev, st.st_ino) not in seen:
+                seen.add((st.st_dev, st.st_ino))
+                total += st.st_blocks * 512
+    return total
+
+def totals(tree, map_cmd):
+    import json
+    out = subprocess.run(map_cmd[:-1] + ["--json", tree], capture_output=True, text=True).stdout
+    m = json.loads(out)
+    du = lambda *flags: int(subprocess.run(["du", "-s", "-x", "-B1", *flags, tree], capture_output=True,
+                                           text=True).stdout.split()[0])
+    distinct = distinct_file_bytes(tree)
+    print("\ntotals (bytes)")
+    print(f"  map totalBytes           {m['totalBytes']:>16,}   map / distinct files {m['totalBytes'] / distinct:.4f}")
+    print(f"  map sharedBytes          {m.get('sharedBytes', 0):>16,}")
+    print(f"  distinct files           {distinct:>16,}")
+    print(f"  du -s (links once)       {du():>16,}")
+    print(f"  du -s -l (every name)    {du('-l'):>16,}")
 
 if __name__ == "__main__":
     main()

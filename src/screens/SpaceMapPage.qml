@@ -141,6 +141,14 @@ Item {
                     font.pixelSize: Theme.captionSize
                     color: Theme.secondaryText
                 }
+                // The bytes above leave out files this folder shares with others through
+                // hard links: they are counted once, in the other folder.
+                Text {
+                    visible: page.sm.nodeSharedText.length > 0
+                    text: page.sm.nodeSharedText
+                    font.pixelSize: Theme.captionSize
+                    color: Theme.secondaryText
+                }
 
                 RowLayout {
                     spacing: 4
@@ -305,6 +313,8 @@ Item {
                                     hoverEnabled: true
                                     cursorShape: Qt.PointingHandCursor
                                     onClicked: page.sm.openChild(childRow.model.path)
+                                    ToolTip.visible: containsMouse && childRow.model.sharedText.length > 0
+                                    ToolTip.text: childRow.model.sharedText
                                 }
                             }
                         }

@@ -9,6 +9,7 @@ Json nodeJson(const DiskMapNode& node) {
     j["name"] = node.name;
     j["bytes"] = node.bytes;
     j["fileCount"] = node.fileCount;
+    j["sharedBytes"] = node.sharedBytes;
     Json children = Json::array();
     for (const auto& c : node.children) children.push_back(nodeJson(c));
     j["children"] = std::move(children);
@@ -22,6 +23,7 @@ Json diskMapJson(const DiskMap& map) {
     j["rootPath"] = map.rootPath;
     j["totalBytes"] = map.totalBytes;
     j["fileCount"] = map.fileCount;
+    j["sharedBytes"] = map.sharedBytes;
     j["unreadableCount"] = map.unreadableCount;
     putDate(j, "scannedAt", map.scannedAt);
     j["truncated"] = map.truncated;

@@ -11,12 +11,18 @@ namespace bv {
 
 // One folder of a disk map. `bytes` holds everything below it; `children` are only the
 // folders large enough to list on their own, largest first.
+//
+// A file with several hard links in the map is counted once, in the folders that hold its
+// smallest path (plain byte order). A folder that holds another of its names but not that
+// one leaves the bytes out and shows them in `sharedBytes`: shared with a folder outside it,
+// which counts them. The root's `sharedBytes` is therefore 0. `fileCount` counts every name.
 struct DiskMapNode {
     std::string path;
     std::string name; // last path component, or the map's display name for the root
     std::int64_t bytes = 0;
     std::int64_t fileCount = 0;
     std::vector<DiskMapNode> children;
+    std::int64_t sharedBytes = 0; // hard-linked bytes left out here, counted in a folder outside this one
 
     friend bool operator==(const DiskMapNode&, const DiskMapNode&) = default;
 };
@@ -30,6 +36,7 @@ struct DiskMap {
     TimePoint scannedAt{};
     bool truncated = false; // the scan was stopped before it finished
     DiskMapNode root;
+    std::int64_t sharedBytes = 0; // all the bytes left out as hard links to files counted under another path
 };
 
 // Counters a map scan raises as it reads folders, polled by the screen or the terminal.
@@ -61,7 +68,8 @@ struct ScanTiming {
     friend bool operator==(const ScanTiming&, const ScanTiming&) = default;
 };
 
-// The map as the terminal's --json prints it: the fields under their own names, the tree nested.
+// The map as the terminal's --json prints it: the fields under their own names, the tree nested;
+// `sharedBytes` in total and on each folder.
 [[nodiscard]] Json diskMapJson(const DiskMap& map);
 
 } // namespace bv

@@ -62,6 +62,14 @@ public:
 
     void folderUnreadable(const std::string&) override { unreadable_.fetch_add(1, std::memory_order_relaxed); }
 
+    // Files with more than one link are few on most disks; one lock per folder that has any.
+    void linkedFiles(std::int64_t slot, const std::string& path, std::vector<ParallelWalk::LinkedFile>& files) override {
+        const std::int64_t node = reinterpret_cast<Node*>(static_cast<std::intptr_t>(slot))->index;
+        const std::string folder = path == "/" ? path : path + "/";
+        std::lock_guard lock(linksMutex_);
+        for (auto& f : files) links_.push_back({f.device, f.inode, folder + f.name, node, f.bytes});
+    }
+
     // Brings the shared progress up to the counters; `current` names the file just counted.
     void publish(const std::string* current) {
         progress_.update([&](DiskMapCounts& c) {
@@ -81,23 +89,80 @@ public:
             Node& n = nodes_[i];
             out[i] = {std::move(n.path), n.parent, n.depth, n.bytes.load(), n.files.load()};
         }
+        settleLinks(out);
         for (std::size_t i = out.size(); i-- > 1;) {
             auto& parent = out[static_cast<std::size_t>(out[i].parent)];
             parent.bytes += out[i].bytes;
             parent.files += out[i].files;
+            parent.sharedBytes += out[i].sharedBytes;
         }
         return out;
     }
 
     std::int64_t unreadable() const { return unreadable_.load(); }
+    // The bytes tally() took back from hard links counted under another path.
+    std::int64_t sharedTotal() const { return sharedTotal_; }
 
 private:
+    struct Link {
+        std::uint64_t device, inode;
+        std::string path;
+        std::int64_t node; // the folder (or its ancestor at the deepest kept level) it was counted in
+        std::int64_t bytes;
+    };
+
+    // Every file was counted once per name during the walk. Of the names one file has here,
+    // the smallest path keeps the bytes; each other name's folder gives them back. Sorting by
+    // path makes the choice the same whatever order the threads met the names in.
+    //
+    // A given-back name is shared by the folders from its own up to, not including, the first
+    // folder that also holds the kept name: that one counts the file itself. So the name's
+    // folder gets the bytes as shared and that common folder gets them taken off again; the
+    // pass that adds children into parents does the rest.
+    void settleLinks(std::vector<DiskMapScanner::FolderTally>& out) {
+        std::sort(links_.begin(), links_.end(), [](const Link& a, const Link& b) {
+            if (a.device != b.device) return a.device < b.device;
+            if (a.inode != b.inode) return a.inode < b.inode;
+            return a.path < b.path;
+        });
+        std::int64_t kept = -1; // the folder of the current file's smallest path
+        for (std::size_t i = 0; i < links_.size(); ++i) {
+            const Link& l = links_[i];
+            if (i == 0 || l.device != links_[i - 1].device || l.inode != links_[i - 1].inode) {
+                kept = l.node;
+                continue;
+            }
+            auto& folder = out[static_cast<std::size_t>(l.node)];
+            folder.bytes -= l.bytes;
+            folder.sharedBytes += l.bytes;
+            out[static_cast<std::size_t>(commonFolder(out, l.node, kept))].sharedBytes -= l.bytes;
+            sharedTotal_ += l.bytes;
+        }
+        links_.clear();
+        links_.shrink_to_fit();
+    }
+
+    // The deepest folder holding both (tally indices; a parent always has the smaller depth).
+    static std::int64_t commonFolder(const std::vector<DiskMapScanner::FolderTally>& out, std::int64_t a,
+                                     std::int64_t b) {
+        while (a != b) {
+            if (out[static_cast<std::size_t>(a)].depth >= out[static_cast<std::size_t>(b)].depth)
+                a = out[static_cast<std::size_t>(a)].parent;
+            else
+                b = out[static_cast<std::size_t>(b)].parent;
+        }
+        return a;
+    }
+
     static std::int64_t slotOf(Node* n) { return static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(n)); }
     static std::int64_t slotOf(const Node* n) { return slotOf(const_cast<Node*>(n)); }
 
     DiskMapProgress& progress_;
     std::mutex mutex_;
     std::deque<Node> nodes_;
+    std::mutex linksMutex_;
+    std::vector<Link> links_;
+    std::int64_t sharedTotal_ = 0;
     std::atomic<std::int64_t> files_{0}, bytes_{0}, folders_{0}, unreadable_{0}, done_{0};
 };
 
@@ -171,6 +236,7 @@ DiskMapNode DiskMapScanner::buildTree(const std::vector<FolderTally>& tally, con
         node.name = i == 0 ? rootName : lastComponent(tally[i].path);
         node.bytes = tally[i].bytes;
         node.fileCount = tally[i].files;
+        node.sharedBytes = tally[i].sharedBytes;
         auto& list = children[i];
         // Largest first; folders of equal size keep the order the walk merged them in.
         std::stable_sort(list.begin(), list.end(),
@@ -196,6 +262,7 @@ DiskMap DiskMapScanner::scan(const std::string& root, DiskMapProgress& progress,
     walk.shouldStop = shouldStop;
     walk.stayOnFileSystem = true;
     walk.excluded = exclusionsFor(map.rootPath, options.excludedTrees ? *options.excludedTrees : excludedTrees());
+    walk.reportLinkedFiles = true;
 
     MapVisitor visitor(map.rootPath, progress);
     const auto outcome = ParallelWalk::run(map.rootPath, visitor.rootSlot(), visitor, walk);
@@ -209,6 +276,9 @@ DiskMap DiskMapScanner::scan(const std::string& root, DiskMapProgress& progress,
     const auto tally = visitor.tally();
     map.totalBytes = tally[0].bytes;
     map.fileCount = tally[0].files;
+    map.sharedBytes = visitor.sharedTotal();
+    // The walk's running figure counted every link; the last one shown is the map's.
+    progress.update([&](DiskMapCounts& c) { c.bytes = map.totalBytes; });
     map.truncated = outcome.stopped;
     map.root = buildTree(tally, name, sizeFloor(map.totalBytes));
     return map;

@@ -13,8 +13,11 @@ namespace bv {
 // Measures every byte under a folder or drive and returns a tree of the folders that matter.
 // Blocking, read-only; meant for a background task.
 //
-// Files count their allocated size (see FolderMeasure for the rule); links count nothing and
-// are never followed. Folders are read in parallel and summed per folder; folders deeper
+// Files count their allocated size (see FolderMeasure for the rule); symbolic links count
+// nothing and are never followed. A file with several hard links counts once per map, under
+// its smallest path whatever order the threads meet them in; the other folders holding it
+// show those bytes as shared (DiskMapNode::sharedBytes). The walk notes only the files with
+// more than one link and settles them after it, so the rest cost nothing extra. Folders are read in parallel and summed per folder; folders deeper
 // than `kMaxDepth` below the root fold into their ancestor at that depth, so however many
 // folders the disk has, the tally stays bounded and the tree holds only folders at or above
 // the size floor.
@@ -42,6 +45,7 @@ public:
         int depth = 0;
         std::int64_t bytes = 0;
         std::int64_t files = 0;
+        std::int64_t sharedBytes = 0; // hard-linked bytes left out here, counted in a folder outside this one
     };
 
     // Scans `root`. `shouldStop` is asked at every 64th entry; once it says yes the scan ends

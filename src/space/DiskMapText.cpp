@@ -30,7 +30,10 @@ std::string groupedCount(std::int64_t n) {
 
 std::string diskMapText(const DiskMap& map) {
     std::string out = map.rootPath + ": " + byteText(map.totalBytes) + " in " + groupedCount(map.fileCount) +
-                      (map.fileCount == 1 ? " file" : " files") + "\n\n";
+                      (map.fileCount == 1 ? " file" : " files") + "\n";
+    if (map.sharedBytes > 0)
+        out += byteText(map.sharedBytes) + " more are hard links to files counted once already.\n";
+    out += "\n";
     char header[64];
     std::snprintf(header, sizeof header, "%10s %12s  %s\n", "Size", "Files", "Folder");
     out += header;

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
@@ -242,6 +243,10 @@ private:
         const int fd = handle->fd;
         const std::uint64_t every = static_cast<std::uint64_t>(std::max(1, options_.checkEvery));
         const std::size_t firstFound = found.size();
+        // Link counts are part of the same answer; asking for them costs the walk nothing.
+        const bool reportLinks = options_.reportLinkedFiles;
+        const unsigned mask = STATX_TYPE | STATX_SIZE | STATX_BLOCKS | (reportLinks ? STATX_NLINK | STATX_INO : 0u);
+        std::vector<ParallelWalk::LinkedFile> linked; // rare: allocates only when a folder holds one
         for (;;) {
             const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
             if (n == 0) break;
@@ -262,8 +267,7 @@ private:
                 struct statx sx {};
                 bool haveStat = false;
                 if (type == DT_UNKNOWN || (type != DT_DIR && type != DT_LNK)) {
-                    if (::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
-                                STATX_TYPE | STATX_SIZE | STATX_BLOCKS, &sx) != 0)
+                    if (::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, mask, &sx) != 0)
                         continue; // vanished since the listing: nothing to count
                     haveStat = true;
                     if (S_ISDIR(sx.stx_mode)) type = DT_DIR;
@@ -287,15 +291,20 @@ private:
                 if (!haveStat) continue;
                 ++files;
                 lastInBuffer = name;
-                bytes += ParallelWalk::countedSize((sx.stx_mask & STATX_BLOCKS) != 0,
-                                                   static_cast<std::int64_t>(sx.stx_blocks),
-                                                   static_cast<std::int64_t>(sx.stx_size));
+                const std::int64_t size = ParallelWalk::countedSize((sx.stx_mask & STATX_BLOCKS) != 0,
+                                                                    static_cast<std::int64_t>(sx.stx_blocks),
+                                                                    static_cast<std::int64_t>(sx.stx_size));
+                bytes += size;
+                if (reportLinks && sx.stx_nlink > 1 && (sx.stx_mask & STATX_INO) != 0)
+                    linked.push_back({static_cast<std::uint64_t>(::makedev(sx.stx_dev_major, sx.stx_dev_minor)),
+                                      sx.stx_ino, size, name});
             }
             if (lastInBuffer) lastFile = lastInBuffer;
             if (last) break;
         }
     done:
         if (failed) visitor_.folderUnreadable(item.path);
+        if (!linked.empty()) visitor_.linkedFiles(item.slot, item.path, linked);
         visitor_.folderDone(item.slot, item.path, bytes, files, static_cast<std::int64_t>(found.size() - firstFound),
                             lastFile);
     }

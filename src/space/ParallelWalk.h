@@ -31,6 +31,17 @@ public:
         // Absolute folders never entered (compared exactly against each folder's path).
         // The caller leaves out those that hold the root: a root inside one is still walked.
         std::vector<std::string> excluded;
+        // Tell the visitor, folder by folder, which of its files have more than one link
+        // (see Visitor::linkedFiles). Off, a walk never asks for link counts.
+        bool reportLinkedFiles = false;
+    };
+
+    // A file with more than one link, as met in one folder. Its size is in that folder's sum too.
+    struct LinkedFile {
+        std::uint64_t device = 0;
+        std::uint64_t inode = 0;
+        std::int64_t bytes = 0;
+        std::string name; // the entry's name in its folder
     };
 
     // What a walk tells its caller. Calls come from several threads at once; each
@@ -46,6 +57,9 @@ public:
                                 std::int64_t subfolders, std::string_view lastFile) = 0;
         // A folder (or the root) that could not be opened or listed to the end.
         virtual void folderUnreadable(const std::string& path) = 0;
+        // With Options::reportLinkedFiles: the files of a folder that have more than one link,
+        // told once per folder that has any, just before its folderDone. `files` may be moved from.
+        virtual void linkedFiles(std::int64_t /*slot*/, const std::string& /*path*/, std::vector<LinkedFile>& /*files*/) {}
     };
 
     struct Outcome {

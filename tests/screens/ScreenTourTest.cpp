@@ -416,6 +416,9 @@ TEST(ScreenTour, SpaceMapShowsAMapAndAComparison) {
     allocate(root + "/Pictures/2026/IMG_0001.jpg", 120'000'000);
     allocate(root + "/Documents/Thesis.pdf", 45'000'000);
     allocate(root + "/Music/Album/Track 1.flac", 80'000'000);
+    allocate(root + "/Music/Album/Track 2.flac", 50'000'000);
+    test::makeDir(root + "/Backups/Album");
+    ASSERT_EQ(::link((root + "/Music/Album/Track 2.flac").c_str(), (root + "/Backups/Album/Track 2.flac").c_str()), 0);
     allocate(root + "/Downloads/installer.iso", 210'000'000);
     test::writeFile(root + "/notes.txt", "hello");
 
@@ -429,9 +432,14 @@ TEST(ScreenTour, SpaceMapShowsAMapAndAComparison) {
     sm.chooseRoot(QString::fromStdString(root));
     ASSERT_TRUE(mapAndWait());
     ASSERT_TRUE(sm.hasMap());
-    EXPECT_EQ(sm.nodeChildren()->rowCount(), 6);
+    EXPECT_EQ(sm.nodeChildren()->rowCount(), 7);
     s.model.focusOnSection("space");
     s.shoot("space-map.png");
+    // The linked track counts once, in Backups (its smaller path); Music says it shares it.
+    sm.openChild(QString::fromStdString(root + "/Music"));
+    EXPECT_EQ(sm.nodeSharedText(), "Shares 50 MB with other folders through hard links");
+    s.shoot("space-map-shared.png");
+    sm.goBack();
 
     sm.saveSnapshot();
     allocate(root + "/Downloads/another.iso", 300'000'000);

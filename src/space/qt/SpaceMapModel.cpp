@@ -40,6 +40,13 @@ QString dateText(TimePoint t) {
     return QDateTime::fromMSecsSinceEpoch(ms).toString(QStringLiteral("d MMM yyyy, HH:mm"));
 }
 
+// The note on a folder that holds hard links to files another folder counts.
+QString sharedText(const DiskMapNode& node) {
+    if (node.sharedBytes <= 0) return {};
+    return QStringLiteral("Shares ") + q(bv::byteText(node.sharedBytes)) +
+           QStringLiteral(" with other folders through hard links");
+}
+
 // A path below the map's root, for the comparison list; the root itself by its name.
 QString relativeName(const std::string& path, const std::string& root, const std::string& rootName) {
     if (path == root) return q(rootName);
@@ -52,7 +59,8 @@ QString relativeName(const std::string& path, const std::string& root, const std
 
 SpaceMapModel::SpaceMapModel(const FeatureContext& context, QObject* parent)
     : QObject(parent), ctx_(context), listVolumes_([] { return MountedVolumes::list(); }),
-      children_(new KeyedListModel({"path", "name", "bytes", "bytesText", "filesText", "share", "hasChildren", "colorIndex"},
+      children_(new KeyedListModel({"path", "name", "bytes", "bytesText", "filesText", "share", "hasChildren", "colorIndex",
+                                  "sharedText"},
                                    this)),
       snapshotList_(new KeyedListModel({"key", "dateText", "rootPath", "countedText", "volumeName", "sameRoot", "selected"},
                                        this)) {
@@ -332,6 +340,11 @@ QString SpaceMapModel::nodeBytesText() const {
     return n ? q(bv::byteText(n->bytes)) : QString();
 }
 
+QString SpaceMapModel::nodeSharedText() const {
+    const DiskMapNode* n = currentNode();
+    return n ? sharedText(*n) : QString();
+}
+
 QAbstractItemModel* SpaceMapModel::nodeChildren() const { return children_; }
 
 void SpaceMapModel::updateChildren() {
@@ -343,7 +356,7 @@ void SpaceMapModel::updateChildren() {
                             {q(c.path), q(c.name), static_cast<qint64>(c.bytes), q(bv::byteText(c.bytes)),
                              q(groupedCount(c.fileCount)) + QStringLiteral(" files"),
                              n->bytes > 0 ? static_cast<double>(c.bytes) / static_cast<double>(n->bytes) : 0.0,
-                             !c.children.empty(), i++}});
+                             !c.children.empty(), i++, sharedText(c)}});
     }
     children_->setRows(std::move(rows));
 }

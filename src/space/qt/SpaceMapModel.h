@@ -55,7 +55,10 @@ class SpaceMapModel : public QObject {
     Q_PROPERTY(bool canGoBack READ canGoBack NOTIFY nodeChanged)
     Q_PROPERTY(QString nodeName READ nodeName NOTIFY nodeChanged)
     Q_PROPERTY(QString nodeBytesText READ nodeBytesText NOTIFY nodeChanged)
-    // Rows keyed by path: path, name, bytes, bytesText, filesText, share, hasChildren, colorIndex.
+    // Empty unless the folder in view holds hard links to files counted in another folder.
+    Q_PROPERTY(QString nodeSharedText READ nodeSharedText NOTIFY nodeChanged)
+    // Rows keyed by path: path, name, bytes, bytesText, filesText, share, hasChildren, colorIndex,
+    // sharedText (as nodeSharedText, for that folder).
     Q_PROPERTY(QAbstractItemModel* nodeChildren READ nodeChildren CONSTANT)
     Q_PROPERTY(QString emptyNodeText READ emptyNodeText NOTIFY nodeChanged)
     Q_PROPERTY(QVariantList volumes READ volumes NOTIFY volumesChanged)
@@ -122,6 +125,7 @@ public:
     [[nodiscard]] bool canGoBack() const { return trail_.size() > 1; }
     [[nodiscard]] QString nodeName() const;
     [[nodiscard]] QString nodeBytesText() const;
+    [[nodiscard]] QString nodeSharedText() const;
     [[nodiscard]] QAbstractItemModel* nodeChildren() const;
     [[nodiscard]] QString emptyNodeText() const;
     [[nodiscard]] QVariantList volumes() const;
