@@ -73,6 +73,12 @@ std::vector<FileSample> gatherSamples(const std::string& folder, SortPlace place
     std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), ::closedir);
     if (!dir) return samples;
     const std::string base = folder.empty() || folder.back() == '/' ? folder : folder + "/";
+    // One quick pass to count, so the samples are laid out once: growing a large vector
+    // step by step costs more in fresh pages than the listing itself.
+    std::size_t count = 0;
+    while (::readdir(dir.get())) ++count;
+    ::rewinddir(dir.get());
+    samples.reserve(count);
     while (const dirent* entry = ::readdir(dir.get())) {
         const std::string name = entry->d_name;
         if (name.empty() || name.front() == '.') continue; // hidden, and "." and ".."
