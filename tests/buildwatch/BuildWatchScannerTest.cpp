@@ -99,7 +99,7 @@ TEST(BuildWatchScanner, GitDecidesInsideARepositoryAndEverythingCountsOutside) {
     EXPECT_EQ(desk.targets[0].stack, BuildStack::rust);
 }
 
-TEST(BuildWatchScanner, WorkspaceMembersFourLevelsDownAreAnchoredEachWithOneGitProcess) {
+TEST(BuildWatchScanner, WorkspaceMembersFourLevelsDownAreAnchoredEachWithAtMostOneGitProcess) {
     const std::string root = test::TestEnvironment::freshFolder("workspace");
     const std::string ws = root + "/ws";
     gitRepo(ws, "target/\n");
@@ -114,7 +114,7 @@ TEST(BuildWatchScanner, WorkspaceMembersFourLevelsDownAreAnchoredEachWithOneGitP
 
     const auto before = GitIgnoreCheck::processesStarted();
     const auto s = scan(ws);
-    EXPECT_EQ(GitIgnoreCheck::processesStarted() - before, 1);
+    EXPECT_LE(GitIgnoreCheck::processesStarted() - before, 1); // none when the ignore files are read in process
     EXPECT_EQ(relativeTargets(s, root), (std::vector<std::string>{"ws/a/b/c/one/target/debug @/ws/a/b/c/one",
                                                                    "ws/a/b/c/two/target/debug @/ws/a/b/c/two",
                                                                    "ws/target/debug @/ws"}));
