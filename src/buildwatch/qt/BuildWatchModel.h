@@ -126,6 +126,9 @@ class BuildWatchModel : public QObject {
     void showToast(const std::string& text);
     void runDue();
     void startCleanPreview(const Uuid& id, const BuildWatchScanner::ProjectScan& scan);
+    // Measures one watched project on the pool, one request per project at a time; `then`
+    // runs on the GUI thread while this object lives.
+    void scanInPool(const QString& id, std::function<void(const Uuid&, const BuildWatchScanner::ProjectScan&)> then);
 
     const FeatureContext& ctx_;
     BuildWatchState state_;

@@ -109,55 +109,46 @@ void BuildWatchModel::runDue() {
     });
 }
 
-void BuildWatchModel::measureNow(const QString& idText) {
+void BuildWatchModel::scanInPool(const QString& idText,
+                                 std::function<void(const Uuid&, const BuildWatchScanner::ProjectScan&)> then) {
     const auto uuid = Uuid::parse(idText.toStdString());
     const BuildWatch* w = uuid ? state_.find(*uuid) : nullptr;
     if (!w || busyIDs_.contains(*uuid))
         return;
     busyIDs_.insert(*uuid);
     emit watchesChanged();
+    // The targets are measured afresh: what the screen shows is what is on disk now.
     const std::string path = w->path, home = ctx_.folders.home;
     QPointer<BuildWatchModel> self(this);
     (void)QtConcurrent::run([path, home] {
         return BuildWatchScanner::scanProject(path, home, std::nullopt, true);
-    }).then(this, [self, id = *uuid](BuildWatchScanner::ProjectScan scan) {
+    }).then(this, [self, id = *uuid, then = std::move(then)](BuildWatchScanner::ProjectScan scan) {
         if (!self)
             return;
-        BuildWatchModel& m = *self;
-        m.busyIDs_.erase(id);
-        if (BuildWatch* watch = m.state_.find(id)) {
-            m.targets_[id] = scan.targets;
-            if (scan.blocked) {
-                watch->lastNote = Service::unreadableProblem(watch->path, m.ctx_.folders.home);
-            } else {
-                Service::recordSample(*watch, totalOf(scan.targets), m.ctx_.clock.now());
-                watch->lastNote.reset();
-            }
-            m.save();
+        self->busyIDs_.erase(id);
+        then(id, scan);
+        emit self->watchesChanged();
+    });
+}
+
+void BuildWatchModel::measureNow(const QString& idText) {
+    scanInPool(idText, [this](const Uuid& id, const BuildWatchScanner::ProjectScan& scan) {
+        BuildWatch* watch = state_.find(id);
+        if (!watch)
+            return;
+        targets_[id] = scan.targets;
+        if (scan.blocked) {
+            watch->lastNote = Service::unreadableProblem(watch->path, ctx_.folders.home);
+        } else {
+            Service::recordSample(*watch, totalOf(scan.targets), ctx_.clock.now());
+            watch->lastNote.reset();
         }
-        emit m.watchesChanged();
+        save();
     });
 }
 
 void BuildWatchModel::cleanNow(const QString& idText) {
-    const auto uuid = Uuid::parse(idText.toStdString());
-    const BuildWatch* w = uuid ? state_.find(*uuid) : nullptr;
-    if (!w || busyIDs_.contains(*uuid))
-        return;
-    busyIDs_.insert(*uuid);
-    emit watchesChanged();
-    // The targets are measured afresh: what the preview shows is what is on disk now.
-    const std::string path = w->path, home = ctx_.folders.home;
-    QPointer<BuildWatchModel> self(this);
-    (void)QtConcurrent::run([path, home] {
-        return BuildWatchScanner::scanProject(path, home, std::nullopt, true);
-    }).then(this, [self, id = *uuid](BuildWatchScanner::ProjectScan scan) {
-        if (!self)
-            return;
-        self->busyIDs_.erase(id);
-        self->startCleanPreview(id, scan);
-        emit self->watchesChanged();
-    });
+    scanInPool(idText, [this](const Uuid& id, const BuildWatchScanner::ProjectScan& scan) { startCleanPreview(id, scan); });
 }
 
 void BuildWatchModel::startCleanPreview(const Uuid& id, const BuildWatchScanner::ProjectScan& scan) {
