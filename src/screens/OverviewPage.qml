@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls
+import QtQuick.Dialogs
 import QtQuick.Layouts
 import Brimvale.Core
 
@@ -9,6 +10,16 @@ Item {
     property string title: "Overview"
     property string tagline: "What can go back, right now"
     readonly property var log: AppModel.activityLog
+    readonly property var access: AppModel.folderAccess.folderState
+    // Which standing folder the chooser is asked for: "desktop" or "downloads".
+    property string askingFor: ""
+
+    // A folder that is there but can't be read is asked for again, never treated as gone.
+    FolderDialog {
+        id: accessChooser
+        title: page.askingFor === "desktop" ? "Choose your Desktop folder again." : "Choose your Downloads folder again."
+        onAccepted: AppModel.folderAccess.grantFolderAccess(page.askingFor, decodeURIComponent(String(selectedFolder).replace(/^file:\/\//, "")))
+    }
 
     ScrollView {
         anchors.fill: parent
@@ -27,6 +38,31 @@ Item {
             LowSpaceBanner {
                 Layout.leftMargin: 28
                 Layout.rightMargin: 28
+            }
+
+            Repeater {
+                model: [{ key: "downloads", name: "Downloads", readable: page.access.downloadsReadable, path: page.access.downloadsPath },
+                        { key: "desktop", name: "Desktop", readable: page.access.desktopReadable, path: page.access.desktopPath }]
+                delegate: RowLayout {
+                    id: accessRow
+                    required property var modelData
+                    visible: !accessRow.modelData.readable && accessRow.modelData.path !== ""
+                    Layout.leftMargin: 28
+                    Layout.rightMargin: 28
+                    Layout.fillWidth: true
+                    spacing: 10
+                    Text {
+                        Layout.fillWidth: true
+                        wrapMode: Text.WordWrap
+                        font.pixelSize: Theme.bodySize
+                        color: Theme.secondaryText
+                        text: "Brimvale can\u2019t read " + accessRow.modelData.name + " (" + accessRow.modelData.path + "), so its files are left out. Choose the folder again to include them."
+                    }
+                    Button {
+                        text: "Choose Folder\u2026"
+                        onClicked: { page.askingFor = accessRow.modelData.key; accessChooser.open() }
+                    }
+                }
             }
 
             Card {
