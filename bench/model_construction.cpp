@@ -39,7 +39,7 @@ void prepareHome() {
 void ModelConstruction(benchmark::State& state) {
     for (auto _ : state) {
         bv::AppModel model(true);
-        benchmark::DoNotOptimize(model.space()->history().observations.size());
+        benchmark::DoNotOptimize(model.room<bv::SpaceStatus>()->history().observations.size());
     }
 }
 BENCHMARK(ModelConstruction)->Unit(benchmark::kMillisecond);

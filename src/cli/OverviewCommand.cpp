@@ -59,8 +59,8 @@ int runOverview(const std::vector<std::string>& args) {
     // The terminal never ends the window's session: "since your last visit" stays the window's.
     // What Smart Clean would give back, and the survey that follows the scan, as the window
     // would show them once its first look is done.
-    SmartCleanModel& smart = *model.smartClean();
-    StorageSurveyModel& survey = *model.survey();
+    SmartCleanModel& smart = *model.room<SmartCleanModel>();
+    StorageSurveyModel& survey = *model.room<StorageSurveyModel>();
     smart.scan();
     QEventLoop scans;
     const auto settleScans = [&] {
@@ -72,7 +72,7 @@ int runOverview(const std::vector<std::string>& args) {
     if (smart.scanning() || survey.scanning()) scans.exec();
     const std::int64_t reclaimable = smart.reclaimableBytes();
 
-    const SpaceStatus& space = *model.space();
+    const SpaceStatus& space = *model.room<SpaceStatus>();
     const VolumeSnapshot& v = space.latest();
     if (json) {
         Json j = Json::object();

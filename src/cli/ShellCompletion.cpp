@@ -104,10 +104,10 @@ std::string zshScript() {
         const auto syntax = CommandSyntax::parse(c.name, c.usage);
         s += "    " + std::string(c.name) + ") _arguments";
         for (const auto& o : syntax.options) {
-            std::string spec = o.name;
+            std::string argument = o.name; // zsh's "--option:message:action" form
             if (!o.valueName.empty())
-                spec += ":" + o.valueName + ":" + (o.choices.empty() ? std::string(" ") : "(" + joined(o.choices) + ")");
-            s += " " + quoted(spec);
+                argument += ":" + o.valueName + ":" + (o.choices.empty() ? std::string(" ") : "(" + joined(o.choices) + ")");
+            s += " " + quoted(argument);
         }
         if (!syntax.actions.empty()) s += " " + quoted("1:action:(" + joined(syntax.actions) + ")");
         if (syntax.takesFolders) s += " " + quoted("*:folder:_files -/");

@@ -316,17 +316,10 @@ void AppModel::noteSessionEnd() {
 }
 
 void AppModel::recheckFullDiskAccess() {
-    // Linux has no separate access layer: Unix permissions decide, so the answer is yes.
+    // Linux has no separate access layer: Unix permissions decide, so the answer is always
+    // yes, and there is never a change from no to yes to greet.
     const bool granted = true;
-    const bool wasGranted = fullDiskAccessGranted_;
-    const bool hadRead = didReadFullDiskAccess_;
     const bool wasOnboarding = guidance_->isOnboardingPresented();
-    didReadFullDiskAccess_ = true;
-    if (fullDiskAccessGranted_ != granted) {
-        fullDiskAccessGranted_ = granted;
-        emit fullDiskAccessChanged();
-    }
-    if (granted && !wasGranted && hadRead && loadLiveData_) cues_->play("arrival", 0.35);
     const auto& s = settings_->value();
     if (s.didSkipFullDiskAccess && !s.didCompleteFirstRun && !guidance_->isOnboardingPresented())
         settings_->update([](BrimvaleSettings& v) { v.didCompleteFirstRun = true; });

@@ -79,7 +79,6 @@ class AppModel : public QObject {
     Q_PROPERTY(bool isRefreshing READ isRefreshing NOTIFY isRefreshingChanged)
     // "Scanning…" while the storage survey or the cache scan runs, else "Updated " and a time.
     Q_PROPERTY(QString statusLine READ statusLine NOTIFY statusLineChanged)
-    Q_PROPERTY(bool fullDiskAccessGranted READ fullDiskAccessGranted NOTIFY fullDiskAccessChanged)
     Q_PROPERTY(QString currentScreen READ currentScreen WRITE setCurrentScreen NOTIFY currentScreenChanged)
     Q_PROPERTY(QString focusSection READ focusSection NOTIFY focusRequested)
     Q_PROPERTY(int focusSectionToken READ focusSectionToken NOTIFY focusRequested)
@@ -92,13 +91,13 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::FolderAccessModel* folderAccess READ folderAccess CONSTANT)
     Q_PROPERTY(bv::ActivityLog* activityLog READ activityLog CONSTANT)
     Q_PROPERTY(bv::WatchRequests* watchRequests READ watchRequests CONSTANT)
-    Q_PROPERTY(bv::CleanRun* cleanRun READ cleanRun CONSTANT)
-    Q_PROPERTY(bv::SpaceStatus* space READ space CONSTANT)
-    Q_PROPERTY(bv::LowSpaceModel* lowSpace READ lowSpace CONSTANT)
-    Q_PROPERTY(bv::StorageSurveyModel* survey READ survey CONSTANT)
-    Q_PROPERTY(bv::SmartCleanModel* smartClean READ smartClean CONSTANT)
-    Q_PROPERTY(bv::DuplicatesModel* duplicates READ duplicates CONSTANT)
-    Q_PROPERTY(bv::SpaceMapModel* spaceMap READ spaceMap CONSTANT)
+    Q_PROPERTY(bv::CleanRun* cleanRun MEMBER cleanRun_ CONSTANT)
+    Q_PROPERTY(bv::SpaceStatus* space MEMBER space_ CONSTANT)
+    Q_PROPERTY(bv::LowSpaceModel* lowSpace MEMBER lowSpace_ CONSTANT)
+    Q_PROPERTY(bv::StorageSurveyModel* survey MEMBER survey_ CONSTANT)
+    Q_PROPERTY(bv::SmartCleanModel* smartClean MEMBER smartClean_ CONSTANT)
+    Q_PROPERTY(bv::DuplicatesModel* duplicates MEMBER duplicates_ CONSTANT)
+    Q_PROPERTY(bv::SpaceMapModel* spaceMap MEMBER spaceMap_ CONSTANT)
     Q_PROPERTY(bv::SortRulesModel* sortRules READ sortRules CONSTANT)
     Q_PROPERTY(bv::AutoSortModel* autoSort MEMBER autoSort_ CONSTANT)
     Q_PROPERTY(bv::FolderRulesModel* folderRules READ folderRules CONSTANT)
@@ -155,7 +154,6 @@ public:
     [[nodiscard]] bool didStart() const { return didStart_; }
     [[nodiscard]] bool isRefreshing() const { return isRefreshing_; }
     [[nodiscard]] QString statusLine() const;
-    [[nodiscard]] bool fullDiskAccessGranted() const { return fullDiskAccessGranted_; }
     [[nodiscard]] QString currentScreen() const;
     void setCurrentScreen(const QString& name);
     [[nodiscard]] QString focusSection() const;
@@ -178,13 +176,6 @@ public:
     [[nodiscard]] FolderAccessModel* folderAccess() const { return folderAccess_; }
     [[nodiscard]] ActivityLog* activityLog() const { return log_; }
     [[nodiscard]] WatchRequests* watchRequests() const { return watchRequests_; }
-    [[nodiscard]] CleanRun* cleanRun() const { return cleanRun_; }
-    [[nodiscard]] SpaceStatus* space() const { return space_; }
-    [[nodiscard]] LowSpaceModel* lowSpace() const { return lowSpace_; }
-    [[nodiscard]] StorageSurveyModel* survey() const { return survey_; }
-    [[nodiscard]] SmartCleanModel* smartClean() const { return smartClean_; }
-    [[nodiscard]] DuplicatesModel* duplicates() const { return duplicates_; }
-    [[nodiscard]] SpaceMapModel* spaceMap() const { return spaceMap_; }
     [[nodiscard]] SortRulesModel* sortRules() const { return sortRules_; }
     [[nodiscard]] FolderRulesModel* folderRules() const { return folderRules_; }
 
@@ -200,7 +191,6 @@ signals:
     void didStartChanged();
     void isRefreshingChanged();
     void statusLineChanged();
-    void fullDiskAccessChanged();
     void currentScreenChanged();
     void focusRequested();
     void wantsCleanupSheetChanged();
@@ -250,8 +240,6 @@ private:
 
     bool didStart_ = false;
     bool isRefreshing_ = false;
-    bool fullDiskAccessGranted_ = false;
-    bool didReadFullDiskAccess_ = false;
     SidebarSection currentScreen_ = SidebarSection::overview;
     SidebarSection focusSection_ = SidebarSection::overview;
     int focusSectionToken_ = 0;

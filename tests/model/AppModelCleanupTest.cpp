@@ -24,7 +24,7 @@ TEST(FolderAccessModel, StateAfterStartAndAGrantAndTheRefreshFollows) {
 
     AppModel model(true);
     FolderAccessModel& access = *model.folderAccess();
-    QAbstractItemModelTester newToday(model.space()->newTodayFiles(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester newToday(model.room<SpaceStatus>()->newTodayFiles(), QAbstractItemModelTester::FailureReportingMode::Fatal);
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 100, 50}; });
     model.start();
     ASSERT_TRUE(spinUntil([&] { return !access.folderState().homePath.empty() && !model.isRefreshing(); }));
@@ -43,6 +43,6 @@ TEST(FolderAccessModel, StateAfterStartAndAGrantAndTheRefreshFollows) {
     EXPECT_EQ(access.folderState().downloadsPath, elsewhere);
     EXPECT_GE(stateChanged.count(), 1);
     EXPECT_EQ(access.folderStateMap().value("downloadsPath").toString().toStdString(), elsewhere);
-    ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing() && !model.space()->downloadFiles().empty(); }));
-    EXPECT_EQ(model.space()->downloadFiles().front().path, elsewhere + "/arrived.pdf");
+    ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing() && !model.room<SpaceStatus>()->downloadFiles().empty(); }));
+    EXPECT_EQ(model.room<SpaceStatus>()->downloadFiles().front().path, elsewhere + "/arrived.pdf");
 }

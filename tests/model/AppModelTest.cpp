@@ -50,7 +50,7 @@ TEST_F(AppModelTest, WithoutLiveDataNothingIsReadWrittenOrStarted) {
     model.start();
     model.refresh();
     model.noteSessionEnd();
-    model.smartClean()->scan();
+    model.room<SmartCleanModel>()->scan();
     QCoreApplication::processEvents();
     EXPECT_FALSE(model.didStart());
     EXPECT_FALSE(model.isRefreshing());
@@ -95,8 +95,8 @@ TEST_F(AppModelTest, ARefreshWhileOneRunsIsDropped) {
     gate.release();
     ASSERT_TRUE(spinUntil([&] { return !model.isRefreshing(); }));
     EXPECT_EQ(reads.load(), 1);
-    EXPECT_EQ(model.space()->latest().freeBytes, 42);
-    EXPECT_EQ(model.space()->history().observations.size(), 1u);
+    EXPECT_EQ(model.room<SpaceStatus>()->latest().freeBytes, 42);
+    EXPECT_EQ(model.room<SpaceStatus>()->history().observations.size(), 1u);
 
 }
 
@@ -105,7 +105,7 @@ TEST_F(AppModelTest, AZeroTotalReadingOnlyMovesTheRefreshTime) {
     const TimePoint t1 = *parseIsoDate("2026-11-22T08:00:00Z");
     model.setNow([&] { return t1; });
     model.applySnapshot(fakeVolume(t1, 100));
-    SpaceStatus& space = *model.space();
+    SpaceStatus& space = *model.room<SpaceStatus>();
     const VolumeSnapshot good = space.latest();
     const SpaceHistory history = space.history();
 
@@ -133,23 +133,23 @@ TEST_F(AppModelTest, OldHistoryIsReplacedAndSessionEndBecomesTheNextBaseline) {
     ASSERT_TRUE(writeFileAtomically(dataDir() + "/space-history.json", encodeJson(old.toJson())));
     {
         AppModel model(true);
-        EXPECT_FALSE(model.space()->sessionBaseline());
-        EXPECT_TRUE(model.space()->history().observations.empty());
+        EXPECT_FALSE(model.room<SpaceStatus>()->sessionBaseline());
+        EXPECT_TRUE(model.room<SpaceStatus>()->history().observations.empty());
         auto onDisk = model.context().store.load(SpaceHistory::fileName(), SpaceHistory::fromJson);
         ASSERT_TRUE(onDisk);
         EXPECT_EQ(onDisk->metricVersion, 2) << "the fresh default is saved at once";
         const TimePoint t = *parseIsoDate("2026-11-22T08:00:00Z");
         model.applySnapshot(fakeVolume(t, 1000));
-        EXPECT_EQ(model.space()->lastOpenDelta(), SpaceDelta::unavailable());
+        EXPECT_EQ(model.room<SpaceStatus>()->lastOpenDelta(), SpaceDelta::unavailable());
         model.noteSessionEnd();
     }
     AppModel next(true);
-    ASSERT_TRUE(next.space()->sessionBaseline());
-    EXPECT_EQ(next.space()->sessionBaseline()->freeBytes, 1000);
+    ASSERT_TRUE(next.room<SpaceStatus>()->sessionBaseline());
+    EXPECT_EQ(next.room<SpaceStatus>()->sessionBaseline()->freeBytes, 1000);
     const TimePoint later = *parseIsoDate("2026-11-22T09:00:00Z");
     next.applySnapshot(fakeVolume(later, 400));
-    EXPECT_EQ(next.space()->lastOpenDelta().bytes, -600);
-    EXPECT_EQ(next.space()->lastOpenDelta().basis, SpaceBasis::sinceLastOpen);
+    EXPECT_EQ(next.room<SpaceStatus>()->lastOpenDelta().bytes, -600);
+    EXPECT_EQ(next.room<SpaceStatus>()->lastOpenDelta().basis, SpaceBasis::sinceLastOpen);
 }
 
 TEST_F(AppModelTest, CorruptSettingsFallBackToDefaults) {

@@ -201,7 +201,7 @@ TEST_F(AutoSortModelTest, NewTodayRowsNameTheRuleThatCoversThem) {
     rules.setSortRules({pdfRule(SortTrigger::whenAdded(), now, sorted)});
     model.refresh();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !model.isRefreshing(); }, 10000));
-    QAbstractItemModel& rows = *model.space()->newTodayFiles();
+    QAbstractItemModel& rows = *model.room<SpaceStatus>()->newTodayFiles();
     const int name = rows.roleNames().key("name"), covered = rows.roleNames().key("coveredBy");
     std::map<QString, QString> seen;
     for (int i = 0; i < rows.rowCount(); ++i)

@@ -149,20 +149,20 @@ TEST(BuildWatchModel, CleanNowCleansOnlyThroughThePreviewAndCreditsTheWatch) {
     const std::string dir = rustProject("preview app");
     writeWatch(dir);
     AppModel model(true);
-    model.cleanRun()->setTiming({30, 10, 10, 400, 40});
+    model.room<CleanRun>()->setTiming({30, 10, 10, 400, 40});
     BuildWatchModel& room = *model.room<BuildWatchModel>();
     const QString id = QString::fromStdString(room.state().watches.at(0).id.text());
 
     room.cleanNow(id);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return model.cleanRun()->isSheetPresented(); }, 5000));
-    ASSERT_EQ(model.cleanRun()->plan()->entries.size(), 1u);
-    EXPECT_EQ(model.cleanRun()->plan()->entries[0].title,
+    ASSERT_TRUE(QTest::qWaitFor([&] { return model.room<CleanRun>()->isSheetPresented(); }, 5000));
+    ASSERT_EQ(model.room<CleanRun>()->plan()->entries.size(), 1u);
+    EXPECT_EQ(model.room<CleanRun>()->plan()->entries[0].title,
               "preview app: " + room.targets().begin()->second[0].title);
     EXPECT_TRUE(test::exists(dir + "/target/debug/app")) << "nothing moves before the confirm";
     room.checkDue();
     EXPECT_FALSE(room.runInFlight()) << "no due run while the sheet is up";
 
-    model.cleanRun()->confirm();
+    model.room<CleanRun>()->confirm();
     ASSERT_TRUE(QTest::qWaitFor([&] { return room.state().watches.at(0).totalFreed > 0; }, 10000));
     EXPECT_FALSE(test::exists(dir + "/target/debug"));
     EXPECT_TRUE(room.targets().begin()->second.empty());

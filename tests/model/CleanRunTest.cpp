@@ -30,7 +30,7 @@ Cleaner::Environment quietCleaner() {
 // services the run was built on.
 struct Harness {
     AppModel model{false};
-    CleanRun& run = *model.cleanRun();
+    CleanRun& run = *model.room<CleanRun>();
     std::vector<std::string> errors;
     std::vector<CleanupNotice> notices;
     std::vector<std::string> sounds;
@@ -93,11 +93,11 @@ CleanupPlan cachePlan(int n, std::set<int> missing = {}, std::set<int> permanent
 // Runs one plan through the model's own run to the end.
 bool cleanThroughModel(AppModel& model, const CleanupPlan& plan) {
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 500'000'000'000, 1}; });
-    model.cleanRun()->setTiming({30, 10, 10, 400, 40});
-    model.cleanRun()->setCleanerEnvironment(quietCleaner());
-    model.cleanRun()->presentPlan(plan);
-    model.cleanRun()->confirm();
-    return spinUntil([&] { return !model.cleanRun()->isSheetPresented(); });
+    model.room<CleanRun>()->setTiming({30, 10, 10, 400, 40});
+    model.room<CleanRun>()->setCleanerEnvironment(quietCleaner());
+    model.room<CleanRun>()->presentPlan(plan);
+    model.room<CleanRun>()->confirm();
+    return spinUntil([&] { return !model.room<CleanRun>()->isSheetPresented(); });
 }
 
 } // namespace

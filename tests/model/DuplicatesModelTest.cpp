@@ -51,7 +51,7 @@ void scanAndWait(DuplicatesModel& d) {
 TEST(DuplicatesModel, RootsAreSavedAndReadBack) {
     {
         AppModel model(true);
-        auto& d = *model.duplicates();
+        auto& d = *model.room<DuplicatesModel>();
         QSignalSpy changed(&d, &DuplicatesModel::rootsChanged);
         d.addRoot(QUrl()); // the chooser was cancelled
         d.addRootPath("/srv/media/");
@@ -64,21 +64,21 @@ TEST(DuplicatesModel, RootsAreSavedAndReadBack) {
         EXPECT_EQ(changed.count(), 3);
     }
     AppModel again(true);
-    ASSERT_EQ(again.duplicates()->duplicateRoots().size(), 1u);
-    EXPECT_EQ(again.duplicates()->duplicateRoots()[0].path, "/srv/photos");
-    again.duplicates()->removeRoot(QString::fromStdString(again.duplicates()->duplicateRoots()[0].id.text()));
+    ASSERT_EQ(again.room<DuplicatesModel>()->duplicateRoots().size(), 1u);
+    EXPECT_EQ(again.room<DuplicatesModel>()->duplicateRoots()[0].path, "/srv/photos");
+    again.room<DuplicatesModel>()->removeRoot(QString::fromStdString(again.room<DuplicatesModel>()->duplicateRoots()[0].id.text()));
 }
 
 TEST(DuplicatesModel, ScanWithoutRootsAsksForOne) {
     AppModel model(false);
-    model.duplicates()->startScan();
+    model.room<DuplicatesModel>()->startScan();
     EXPECT_EQ(model.messages()->errorText(), "Choose at least one folder to search.");
-    EXPECT_FALSE(model.duplicates()->duplicatesScanning());
+    EXPECT_FALSE(model.room<DuplicatesModel>()->duplicatesScanning());
 }
 
 TEST(DuplicatesModel, ScanFindsGroupsAndKeepsTheLowestPath) {
     AppModel model(false);
-    auto& d = *model.duplicates();
+    auto& d = *model.room<DuplicatesModel>();
     const auto root = fixture();
     d.addRootPath(QString::fromStdString(root));
     d.setMinimumBytes(100); // raised to 100000: the tiny twins are never compared
@@ -110,7 +110,7 @@ TEST(DuplicatesModel, ScanFindsGroupsAndKeepsTheLowestPath) {
 
 TEST(DuplicatesModel, StoppingKeepsTheEarlierGroupsAndAStaleAnswerIsDropped) {
     AppModel model(false);
-    auto& d = *model.duplicates();
+    auto& d = *model.room<DuplicatesModel>();
     const auto root = fixture();
     d.addRootPath(QString::fromStdString(root));
     scanAndWait(d);
@@ -133,7 +133,7 @@ TEST(DuplicatesModel, StoppingKeepsTheEarlierGroupsAndAStaleAnswerIsDropped) {
 
 TEST(DuplicatesModel, ReviewsOpenThePreviewWithTheChosenKeeper) {
     AppModel model(false);
-    auto& d = *model.duplicates();
+    auto& d = *model.room<DuplicatesModel>();
     d.reviewAll();
     EXPECT_EQ(model.messages()->errorText(), "Nothing to clean. Scan for duplicates first.");
     model.messages()->dismissError();
@@ -156,22 +156,22 @@ TEST(DuplicatesModel, ReviewsOpenThePreviewWithTheChosenKeeper) {
     EXPECT_EQ(d.duplicateKeep().at(songs.toStdString()), root + "/b/song.flac");
 
     d.reviewAll();
-    ASSERT_TRUE(model.cleanRun()->plan());
-    EXPECT_EQ(model.cleanRun()->plan()->entries.size(), 3u);
-    EXPECT_TRUE(model.cleanRun()->isSheetPresented());
-    for (const auto& e : model.cleanRun()->plan()->entries) EXPECT_NE(e.path, root + "/b/song.flac");
+    ASSERT_TRUE(model.room<CleanRun>()->plan());
+    EXPECT_EQ(model.room<CleanRun>()->plan()->entries.size(), 3u);
+    EXPECT_TRUE(model.room<CleanRun>()->isSheetPresented());
+    for (const auto& e : model.room<CleanRun>()->plan()->entries) EXPECT_NE(e.path, root + "/b/song.flac");
 
     d.reviewGroup(songs);
-    ASSERT_EQ(model.cleanRun()->plan()->entries.size(), 2u);
-    EXPECT_EQ(model.cleanRun()->plan()->entries[0].recheck->keeperPath, root + "/b/song.flac");
+    ASSERT_EQ(model.room<CleanRun>()->plan()->entries.size(), 2u);
+    EXPECT_EQ(model.room<CleanRun>()->plan()->entries[0].recheck->keeperPath, root + "/b/song.flac");
 
     d.reviewCopy(songs, QString::fromStdString(root + "/c/song copy.flac"));
-    ASSERT_EQ(model.cleanRun()->plan()->entries.size(), 1u);
-    EXPECT_EQ(model.cleanRun()->plan()->entries[0].path, root + "/c/song copy.flac");
+    ASSERT_EQ(model.room<CleanRun>()->plan()->entries.size(), 1u);
+    EXPECT_EQ(model.room<CleanRun>()->plan()->entries[0].path, root + "/c/song copy.flac");
 
     // Removing the root after the scan turns its copies into notes.
     d.removeRoot(QString::fromStdString(d.duplicateRoots()[0].id.text()));
     d.reviewAll();
-    EXPECT_TRUE(model.cleanRun()->plan()->entries.empty());
-    EXPECT_EQ(model.cleanRun()->plan()->refusals.size(), 3u);
+    EXPECT_TRUE(model.room<CleanRun>()->plan()->entries.empty());
+    EXPECT_EQ(model.room<CleanRun>()->plan()->refusals.size(), 3u);
 }

@@ -83,12 +83,12 @@ TEST_F(LowSpaceModelTest, EachCrossingPostsOneAlertAndTheLatchIsSaved) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return server.received().size() >= alerts; }, 5000));
         QTest::qWait(30);
         EXPECT_EQ(server.received().size(), alerts) << step.freeBytes;
-        EXPECT_EQ(model.lowSpace()->severityText(), step.severity) << step.freeBytes;
-        EXPECT_EQ(model.lowSpace()->showsBanner(), model.lowSpace()->isLow()) << step.freeBytes;
+        EXPECT_EQ(model.room<LowSpaceModel>()->severityText(), step.severity) << step.freeBytes;
+        EXPECT_EQ(model.room<LowSpaceModel>()->showsBanner(), model.room<LowSpaceModel>()->isLow()) << step.freeBytes;
         EXPECT_EQ(saved().lowSpaceArmed, step.armed) << step.freeBytes;
         EXPECT_EQ(saved().lowSpaceLastAlert, lastAlert) << step.freeBytes;
     }
-    EXPECT_EQ(model.lowSpace()->bannerText(), "Low on space: 15 GB left");
+    EXPECT_EQ(model.room<LowSpaceModel>()->bannerText(), "Low on space: 15 GB left");
     model.settings()->setAlertsEnabled(false);
     EXPECT_TRUE(saved().lowSpaceArmed) << "with no limit the latch opens";
 
@@ -99,9 +99,9 @@ TEST_F(LowSpaceModelTest, EachCrossingPostsOneAlertAndTheLatchIsSaved) {
 
 TEST_F(LowSpaceModelTest, HiddenWarningsReturnAtCriticalAndFoldingEndsWithRecovery) {
     sample(30 * GB);
-    model.lowSpace()->hideNotice();
-    model.lowSpace()->foldBanner();
-    EXPECT_FALSE(model.lowSpace()->showsBanner());
+    model.room<LowSpaceModel>()->hideNotice();
+    model.room<LowSpaceModel>()->foldBanner();
+    EXPECT_FALSE(model.room<LowSpaceModel>()->showsBanner());
     struct Step {
         std::int64_t freeBytes;
         bool hidden, folded, showsBanner;
@@ -114,19 +114,19 @@ TEST_F(LowSpaceModelTest, HiddenWarningsReturnAtCriticalAndFoldingEndsWithRecove
     };
     for (const auto& step : steps) {
         sample(step.freeBytes);
-        EXPECT_EQ(model.lowSpace()->noticeHidden(), step.hidden) << step.freeBytes;
-        EXPECT_EQ(model.lowSpace()->bannerFolded(), step.folded) << step.freeBytes;
-        EXPECT_EQ(model.lowSpace()->showsBanner(), step.showsBanner) << step.freeBytes;
+        EXPECT_EQ(model.room<LowSpaceModel>()->noticeHidden(), step.hidden) << step.freeBytes;
+        EXPECT_EQ(model.room<LowSpaceModel>()->bannerFolded(), step.folded) << step.freeBytes;
+        EXPECT_EQ(model.room<LowSpaceModel>()->showsBanner(), step.showsBanner) << step.freeBytes;
     }
     sample(5 * GB);
-    model.lowSpace()->hideNotice();
-    EXPECT_TRUE(model.lowSpace()->showsBanner()) << "a critical banner cannot be hidden";
+    model.room<LowSpaceModel>()->hideNotice();
+    EXPECT_TRUE(model.room<LowSpaceModel>()->showsBanner()) << "a critical banner cannot be hidden";
 }
 
 TEST(LowSpaceModel, NothingIsJudgedBeforeTheModelStarts) {
     clearState();
     AppModel model(true);
     model.applySnapshot({Clock::now(), "Test Disk", 500 * GB, 1 * GB});
-    EXPECT_EQ(model.lowSpace()->severityText(), "none");
+    EXPECT_EQ(model.room<LowSpaceModel>()->severityText(), "none");
     EXPECT_TRUE(model.settings()->value().lowSpaceArmed);
 }

@@ -70,12 +70,12 @@ TEST(SmartCleanEndToEnd, ScanSelectRecommendedPreviewCleanAndRescan) {
     // and deterministic; everything else is the real file system and Trash.
     model.setVolumeReader([](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Disk", 500'000'000'000, 100'000'000'000}; });
     model.setNotificationConnectionName(modelConnection);
-    model.cleanRun()->setTiming({30, 10, 10, 400, 40});
+    model.room<CleanRun>()->setTiming({30, 10, 10, 400, 40});
     Cleaner::Environment quiet;
     quiet.runningProcesses = [] { return std::vector<RunningProcess>{}; };
-    model.cleanRun()->setCleanerEnvironment(quiet);
+    model.room<CleanRun>()->setCleanerEnvironment(quiet);
     model.start();
-    SmartCleanModel& smart = *model.smartClean();
+    SmartCleanModel& smart = *model.room<SmartCleanModel>();
     QAbstractItemModelTester cardTester(smart.cards(), QAbstractItemModelTester::FailureReportingMode::Fatal);
     ASSERT_TRUE(spinUntil([&] { return smart.hasScanned() && !smart.scanning(); }));
     QSignalSpy cardsReset(smart.cards(), &QAbstractItemModel::modelReset);
@@ -103,13 +103,13 @@ TEST(SmartCleanEndToEnd, ScanSelectRecommendedPreviewCleanAndRescan) {
     EXPECT_EQ(smart.reclaimableBytes(), offered) << "ticking the recommended rows adds nothing to the offer";
 
     smart.preview();
-    ASSERT_TRUE(model.cleanRun()->isSheetPresented());
-    ASSERT_TRUE(model.cleanRun()->plan().has_value());
-    EXPECT_EQ(model.cleanRun()->plan()->entries.size(), 3u);
-    EXPECT_TRUE(model.cleanRun()->plan()->refusals.empty());
+    ASSERT_TRUE(model.room<CleanRun>()->isSheetPresented());
+    ASSERT_TRUE(model.room<CleanRun>()->plan().has_value());
+    EXPECT_EQ(model.room<CleanRun>()->plan()->entries.size(), 3u);
+    EXPECT_TRUE(model.room<CleanRun>()->plan()->refusals.empty());
 
-    model.cleanRun()->confirm();
-    ASSERT_TRUE(spinUntil([&] { return !model.cleanRun()->isSheetPresented(); }));
+    model.room<CleanRun>()->confirm();
+    ASSERT_TRUE(spinUntil([&] { return !model.room<CleanRun>()->isSheetPresented(); }));
 
     // Gone from their places, present in the Trash as an independent client reads it.
     // npm's cache is cleared by npm itself where npm is installed, and goes to the Trash
@@ -154,5 +154,5 @@ TEST(SmartCleanEndToEnd, ScanSelectRecommendedPreviewCleanAndRescan) {
     EXPECT_FALSE(hasRow(smart, "cache-pip"));
     EXPECT_TRUE(hasRow(smart, "gradle-gradle-8.5-bin"));
     EXPECT_EQ(smart.selectedCount(), 0);
-    EXPECT_EQ(model.cleanRun()->afterCleanLine().isEmpty(), false);
+    EXPECT_EQ(model.room<CleanRun>()->afterCleanLine().isEmpty(), false);
 }

@@ -33,7 +33,7 @@ SurveyPlaces tempHomePlaces() {
 
 struct Fixture {
     AppModel model{true};
-    StorageSurveyModel& s = *model.survey();
+    StorageSurveyModel& s = *model.room<StorageSurveyModel>();
     QAbstractItemModelTester topTester{s.topFoldersModel(), QAbstractItemModelTester::FailureReportingMode::Fatal};
     QAbstractItemModelTester coverageTester{s.coverageModel(), QAbstractItemModelTester::FailureReportingMode::Fatal};
     TimePoint now = kStart;

@@ -166,7 +166,7 @@ TEST(ScreenTour, CleanupSheetBeforeDuringAndAfterARun) {
     Cleaner::Environment env;
     env.runningProcesses = [] { return std::vector<RunningProcess>{}; };
     env.beforeAction = [](const CleanupEntry&) { std::this_thread::sleep_for(std::chrono::milliseconds(500)); };
-    CleanRun& run = *s.model.cleanRun();
+    CleanRun& run = *s.model.room<CleanRun>();
     run.setCleanerEnvironment(env);
 
     run.presentPlan(plan);
@@ -204,7 +204,7 @@ TEST(ScreenTour, DuplicatesShowsGroupsWithKeepers) {
     ASSERT_EQ(::link((root + "/Movies/clip.mov").c_str(), (root + "/Movies/clip link.mov").c_str()), 0);
 
     Screen s;
-    auto& d = *s.model.duplicates();
+    auto& d = *s.model.room<DuplicatesModel>();
     d.addRootPath(QString::fromStdString(root));
     d.setMinimumBytes(100000);
     ASSERT_TRUE(s.open(false));
@@ -369,12 +369,12 @@ TEST(ScreenTour, SmartCleanThenTheOverviewAfterTheClean) {
     // A fixed disk reading that drops by what the clean moved, so the run's measurement ends.
     std::int64_t free = 41'300'000'000;
     model.setVolumeReader([&free](const std::string&, TimePoint now) { return VolumeSnapshot{now, "Home", 494'380'000'000, free}; });
-    model.cleanRun()->setTiming({30, 10, 10, 400, 40});
+    model.room<CleanRun>()->setTiming({30, 10, 10, 400, 40});
     Cleaner::Environment quiet;
     quiet.runningProcesses = [] { return std::vector<RunningProcess>{}; };
-    model.cleanRun()->setCleanerEnvironment(quiet);
+    model.room<CleanRun>()->setCleanerEnvironment(quiet);
     ASSERT_TRUE(s.open()) << "Main.qml failed to load";
-    SmartCleanModel& smart = *model.smartClean();
+    SmartCleanModel& smart = *model.room<SmartCleanModel>();
     ASSERT_TRUE(spinUntil([&] { return smart.hasScanned() && !smart.scanning() && !model.isRefreshing(); }));
 
     model.focusOnSection("overview");
@@ -393,16 +393,16 @@ TEST(ScreenTour, SmartCleanThenTheOverviewAfterTheClean) {
     EXPECT_TRUE(keptLine);
 
     smart.preview();
-    ASSERT_TRUE(spinUntil([&] { return model.cleanRun()->isSheetPresented(); }));
+    ASSERT_TRUE(spinUntil([&] { return model.room<CleanRun>()->isSheetPresented(); }));
     s.shoot("smart-clean-preview.png");
 
-    model.cleanRun()->confirm();
-    ASSERT_TRUE(spinUntil([&] { return !model.cleanRun()->isSheetPresented(); }));
+    model.room<CleanRun>()->confirm();
+    ASSERT_TRUE(spinUntil([&] { return !model.room<CleanRun>()->isSheetPresented(); }));
     ASSERT_TRUE(spinUntil([&] { return !smart.scanning(); }));
     model.messages()->dismissCleanupNotice();
     model.focusOnSection("overview");
     s.shoot("overview-after-clean.png", 300);
-    EXPECT_FALSE(model.cleanRun()->afterCleanLine().isEmpty());
+    EXPECT_FALSE(model.room<CleanRun>()->afterCleanLine().isEmpty());
 }
 
 // A realistic folder mapped through the real scan, then a snapshot, a changed folder, a second
@@ -424,7 +424,7 @@ TEST(ScreenTour, SpaceMapShowsAMapAndAComparison) {
 
     Screen s;
     ASSERT_TRUE(s.open());
-    SpaceMapModel& sm = *s.model.spaceMap();
+    SpaceMapModel& sm = *s.model.room<SpaceMapModel>();
     const auto mapAndWait = [&] {
         sm.start();
         return spinUntil([&] { return !sm.scanning(); });
@@ -461,16 +461,16 @@ TEST(ScreenTour, StorageSurveyPiecesDrawTheSurveyWithoutWarnings) {
     allocate(trashFile, 210'000'000);
 
     Screen s;
-    s.model.survey()->setPlaces([] {
+    s.model.room<StorageSurveyModel>()->setPlaces([] {
         SurveyPlaces places = SurveyPlaces::current();
         places.coverage.resize(1); // the Trash alone: the machine's own places vary
         return places;
     });
     s.model.applySnapshot({s.model.now(), "Test Disk", 500'000'000'000, 120'000'000'000});
-    s.model.survey()->survey(true);
+    s.model.room<StorageSurveyModel>()->survey(true);
     spin(300);
-    ASSERT_TRUE(spinUntil([&] { return !s.model.survey()->scanning(); }));
-    ASSERT_EQ(s.model.survey()->coverageItems().size(), 1u);
+    ASSERT_TRUE(spinUntil([&] { return !s.model.room<StorageSurveyModel>()->scanning(); }));
+    ASSERT_EQ(s.model.room<StorageSurveyModel>()->coverageItems().size(), 1u);
 
     ASSERT_TRUE(s.open(false));
     QList<QQmlError> warnings;
@@ -516,7 +516,7 @@ TEST(ScreenTour, AutopilotBuildsAndSavesTwoRules) {
     Screen s;
     ASSERT_TRUE(s.open());
     FolderRulesModel& rules = *s.model.folderRules();
-    CleanRun& run = *s.model.cleanRun();
+    CleanRun& run = *s.model.room<CleanRun>();
     s.model.focusOnSection("watchedFolders");
     ASSERT_TRUE(rules.folderRules().empty());
 
@@ -595,7 +595,7 @@ TEST(ScreenTour, SmartCleanFindsOldProjectsAndLeftovers) {
               0);
 
     Screen s;
-    SmartCleanModel& smart = *s.model.smartClean();
+    SmartCleanModel& smart = *s.model.room<SmartCleanModel>();
     SmartCleanFinds& finds = *smart.finds();
     const std::string system = home + "/no-apps-installed";
     finds.setLeftoverOptions({InstalledApps::Roots{{system}, {system}, {system}, {system}}, nullptr, std::nullopt});
@@ -620,12 +620,12 @@ TEST(ScreenTour, SmartCleanFindsOldProjectsAndLeftovers) {
     s.shoot("smart-clean-projects-and-leftovers.png", 300);
 
     smart.preview();
-    ASSERT_TRUE(spinUntil([&] { return s.model.cleanRun()->isSheetPresented(); }));
+    ASSERT_TRUE(spinUntil([&] { return s.model.room<CleanRun>()->isSheetPresented(); }));
     std::set<std::string> groups;
-    for (const auto& e : s.model.cleanRun()->plan()->entries) groups.insert(e.group);
+    for (const auto& e : s.model.room<CleanRun>()->plan()->entries) groups.insert(e.group);
     EXPECT_TRUE(groups.contains("Old project files"));
     EXPECT_TRUE(groups.contains("App leftovers"));
-    s.model.cleanRun()->dismissSheet();
+    s.model.room<CleanRun>()->dismissSheet();
     test::removeTree(home + "/Code");
     test::removeTree(home + "/.var/app/org.gone.Sketchpad");
     test::removeTree(home + "/.config/gonetool");
