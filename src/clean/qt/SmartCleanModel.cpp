@@ -3,6 +3,7 @@
 #include <QFuture>
 #include <QtConcurrent/QtConcurrentRun>
 
+#include "clean/Cleaner.h"
 #include "clean/CleanupKinds.h"
 #include "clean/SmartCleanLayout.h"
 #include "clean/qt/SmartCleanFinds.h"
@@ -15,12 +16,6 @@
 namespace bv {
 namespace {
 
-// The path as the screens show it: the home folder written as "~".
-QString displayPath(const std::string& path, const std::string& home) {
-    if (!home.empty() && (path == home || path.starts_with(home + "/"))) return q("~" + path.substr(home.size()));
-    return q(path);
-}
-
 CleanupTier tierOf(const DevScanRow& row) {
     if (!row.optIn) return CleanupTier::regenerable;
     return row.id.starts_with("node-") ? CleanupTier::abandonedTool : CleanupTier::userData;
@@ -31,7 +26,7 @@ const QList<QByteArray> kRowRoles{"key",  "title",      "path",        "bytes", 
 
 KeyedListModel::Row rowOf(const DevScanRow& row, const std::string& home) {
     return {q(row.id),
-            {q(row.id), q(row.title), displayPath(row.path, home), static_cast<double>(row.bytes), q(byteText(row.bytes)),
+            {q(row.id), q(row.title), q(pathForPeople(row.path, home)), static_cast<double>(row.bytes), q(byteText(row.bytes)),
              q(row.note), q(row.group),
              row.kind == DevRowKind::cleanable ? q(std::string(badgeWord(tierOf(row)))) : QString(), row.selectable,
              row.selected, SmartCleanLayout::isRecommended(row), q(row.blockedReason), q(row.toolCommand)}};
