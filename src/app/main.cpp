@@ -75,5 +75,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "No display found; printing the overview instead of opening a window.\n\n");
         return bv::cli::findCommand("overview")->run({});
     }
+    QCoreApplication::setApplicationVersion(QStringLiteral(BRIMVALE_VERSION)); // "Version …" in the tray
     return bv::runGuiApplication(argc, argv);
 }

@@ -1,5 +1,6 @@
 #include "buildwatch/BuildWatchCatalog.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 
@@ -153,6 +154,29 @@ bool BuildWatchCatalog::walkSkips(std::string_view name) {
     return false;
 }
 
+bool BuildWatchCatalog::isProjectFileName(std::string_view name) {
+    // Called for every name a walk meets: compares in place, allocating nothing.
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    const auto endsWith = [&](std::string_view lowerTail) {
+        if (name.size() < lowerTail.size()) return false;
+        const std::size_t from = name.size() - lowerTail.size();
+        for (std::size_t i = 0; i < lowerTail.size(); ++i)
+            if (lower(name[from + i]) != lowerTail[i]) return false;
+        return true;
+    };
+    static const std::vector<std::string> manifests = [] {
+        std::vector<std::string> all;
+        for (const auto& row : patterns())
+            if (row.stack != S::xcode)
+                for (const auto& m : row.lowerManifests)
+                    if (std::find(all.begin(), all.end(), m) == all.end()) all.push_back(m);
+        return all;
+    }();
+    for (const auto& m : manifests)
+        if (m.size() == name.size() && endsWith(m)) return true;
+    return endsWith(".xcodeproj") || endsWith(".xcworkspace");
+}
+
 bool BuildWatchCatalog::isXcodeProjectName(std::string_view name) {
     const std::string lower = asciiLowercased(name);
     return lower.ends_with(".xcodeproj") || lower.ends_with(".xcworkspace");
@@ -274,7 +298,10 @@ bool BuildWatchCatalog::isBlockedFolder(const std::string& path, const std::stri
 }
 
 bool BuildWatchCatalog::isBlockedFolder(const std::string& path, const HomeFolders& home) {
-    const std::string p = standardizedPath(path);
+    return isBlockedStandardizedFolder(standardizedPath(path), home);
+}
+
+bool BuildWatchCatalog::isBlockedStandardizedFolder(const std::string& p, const HomeFolders& home) {
     const std::string& h = home.home;
     if (p.empty() || p == "/" || p.front() != '/') return true;
     if (p == h) return true;

@@ -46,6 +46,10 @@ public:
     [[nodiscard]] static std::vector<BuildStack> recognizeStacks(const NameSet& lowerNames);
     // Whether a name shows an Xcode project (".xcodeproj" or ".xcworkspace", any case).
     [[nodiscard]] static bool isXcodeProjectName(std::string_view name);
+    // Whether a name, in any case, is one that recognising stacks or a non-Xcode row looks
+    // for. A folder none of whose names is gives no stacks and no rows, so walks can pass it
+    // by without building its name set.
+    [[nodiscard]] static bool isProjectFileName(std::string_view name);
 
     // The rows that apply to a folder with these names, in table order: only Xcode rows when
     // `xcodeOnly`, only the others otherwise.
@@ -78,6 +82,9 @@ public:
     // Whether this folder may never be a watched project.
     [[nodiscard]] static bool isBlockedFolder(const std::string& path, const std::string& home);
     [[nodiscard]] static bool isBlockedFolder(const std::string& path, const HomeFolders& home);
+    // The same for a path standardised already (a walk below a standardised root that enters
+    // real folders only), without resolving it again.
+    [[nodiscard]] static bool isBlockedStandardizedFolder(const std::string& standardized, const HomeFolders& home);
     // Whether the path is one of the exact-only home folders (searched, never watched).
     [[nodiscard]] static bool isExactOnlyHomeFolder(const std::string& path, const HomeFolders& home);
 

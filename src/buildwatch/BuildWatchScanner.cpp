@@ -4,18 +4,20 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <condition_variable>
 #include <map>
-#include <mutex>
-#include <thread>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "buildwatch/BuildWatchCatalog.h"
+#include "buildwatch/FolderMeasureQueue.h"
 #include "buildwatch/GitIgnoreCheck.h"
 #include "buildwatch/PropertyListReader.h"
+#include "platform/MountTable.h"
 #include "platform/RunningApps.h"
 #include "foundation/AsciiCase.h"
 #include "space/FolderMeasure.h"
@@ -35,23 +37,76 @@ std::string join(const std::string& dir, const std::string& name) {
     return dir == "/" ? "/" + name : dir + "/" + name;
 }
 
-// The entries of a folder, or nothing (errno set) when it can't be listed.
-std::optional<std::vector<Entry>> listEntries(const std::string& path) {
-    DIR* d = ::opendir(path.c_str());
-    if (!d) return std::nullopt;
-    std::vector<Entry> out;
-    while (dirent* e = ::readdir(d)) {
-        const char* n = e->d_name;
-        if (n[0] == '.' && (n[1] == 0 || (n[1] == '.' && n[2] == 0))) continue;
-        Entry entry{n, e->d_type == DT_DIR};
-        if (e->d_type == DT_UNKNOWN) {
-            struct stat st {};
-            entry.isFolder = ::fstatat(::dirfd(d), n, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
-        }
-        out.push_back(std::move(entry));
+// An open folder, closed with this object.
+class Fd {
+public:
+    explicit Fd(int fd) : fd_(fd) {}
+    Fd(const Fd&) = delete;
+    Fd& operator=(const Fd&) = delete;
+    ~Fd() {
+        if (fd_ >= 0) ::close(fd_);
     }
-    ::closedir(d);
+    [[nodiscard]] int get() const { return fd_; }
+    explicit operator bool() const { return fd_ >= 0; }
+
+private:
+    int fd_;
+};
+
+// Opens a folder by a path relative to the folder open on `at` (never following a link at its
+// end: walks enter only what a listing showed to be a real folder), or absolute with AT_FDCWD.
+// Walks open each folder through its parent's handle, so the kernel resolves one name, not
+// the whole path. errno is set on failure.
+Fd openFolder(int at, const char* path) {
+    return Fd(::openat(at, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC | (at == AT_FDCWD ? 0 : O_NOFOLLOW)));
+}
+
+// The entries of an open folder. With `shortReadEnds` the folder's file system is one that
+// fills a listing buffer until the folder ends, so a read that leaves room over was the last
+// and the empty read that would only confirm it is skipped. A read that fails part way keeps
+// what came before.
+std::vector<Entry> readEntries(int fd, bool shortReadEnds) {
+    constexpr std::size_t kBuffer = 32 * 1024;
+    thread_local std::vector<char> buffer(kBuffer);
+    std::vector<Entry> out;
+    for (;;) {
+        const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        for (ssize_t pos = 0; pos < n;) {
+            const auto* de = reinterpret_cast<const dirent64*>(buffer.data() + pos);
+            pos += de->d_reclen;
+            const char* name = de->d_name;
+            if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
+            Entry entry{name, de->d_type == DT_DIR};
+            if (de->d_type == DT_UNKNOWN) {
+                struct stat st {};
+                entry.isFolder = ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
+            }
+            out.push_back(std::move(entry));
+        }
+        if (shortReadEnds && static_cast<std::size_t>(n) + 2048 < buffer.size()) break;
+    }
     return out;
+}
+
+// The entries of a folder given by its absolute path, or nothing (errno set) when it can't be opened.
+std::optional<std::vector<Entry>> listEntries(const std::string& path) {
+    const Fd fd = openFolder(AT_FDCWD, path.c_str());
+    if (!fd) return std::nullopt;
+    return readEntries(fd.get(), false);
+}
+
+// Whether listings below `root` may end on a short read: the root lies on ext4, XFS, Btrfs or
+// tmpfs (which fill a listing buffer until the folder ends) and nothing is mounted below it.
+bool shortReadsEndListings(const std::string& root) {
+    const auto table = MountTable::read();
+    const auto at = MountTable::containing(table, root);
+    if (!at) return false;
+    const std::string& type = at->fsType;
+    if (type != "ext4" && type != "xfs" && type != "btrfs" && type != "tmpfs") return false;
+    const std::string prefix = root == "/" ? "/" : root + "/";
+    return std::none_of(table.begin(), table.end(), [&](const MountEntry& m) { return m.mountPoint.starts_with(prefix); });
 }
 
 std::vector<std::string> namesOf(const std::vector<Entry>& entries) {
@@ -74,17 +129,22 @@ bool sameIgnoringCase(std::string_view a, std::string_view b) {
 // The folders one project's rows list below it, each read once however many rows ask.
 using Listings = std::unordered_map<std::string, std::optional<std::vector<Entry>>>;
 
-// Expands a row's components against the disk from `base`: the disk's own spelling is kept
-// and every step must be a real folder.
-void expand(const std::string& base, const std::vector<std::string>& components, std::size_t at,
-            const std::vector<Entry>* baseEntries, Listings& listings, std::vector<std::string>& out) {
+// Expands a row's components against the disk from `relative` below the anchor (open on
+// `anchorFd`): the disk's own spelling is kept and every step must be a real folder.
+void expand(int anchorFd, const std::string& anchor, const std::string& relative,
+            const std::vector<std::string>& components, std::size_t at, const std::vector<Entry>* baseEntries,
+            Listings& listings, bool shortReads, std::vector<std::string>& out) {
+    const std::string base = relative.empty() ? anchor : join(anchor, relative);
     if (at == components.size()) {
         out.push_back(base);
         return;
     }
     if (!baseEntries) {
         auto it = listings.find(base);
-        if (it == listings.end()) it = listings.emplace(base, listEntries(base)).first;
+        if (it == listings.end()) {
+            const Fd fd = openFolder(anchorFd, relative.c_str());
+            it = listings.emplace(base, fd ? std::optional(readEntries(fd.get(), shortReads)) : std::nullopt).first;
+        }
         if (!it->second) return;
         baseEntries = &*it->second;
     }
@@ -93,7 +153,9 @@ void expand(const std::string& base, const std::vector<std::string>& components,
     for (const auto& e : *baseEntries) {
         if (!e.isFolder) continue;
         const bool taken = wild ? Catalog::componentMatches(want, e.name) : sameIgnoringCase(e.name, want);
-        if (taken) expand(join(base, e.name), components, at + 1, nullptr, listings, out);
+        if (taken)
+            expand(anchorFd, anchor, relative.empty() ? e.name : relative + "/" + e.name, components, at + 1, nullptr,
+                   listings, shortReads, out);
     }
 }
 
@@ -114,28 +176,32 @@ struct PendingScan {
     bool xcodeSeen = false;
 };
 
+// Whether any of a folder's names is one that makes stacks or rows: most folders of a
+// project have none, and need no name set.
+bool namesProjectFiles(const std::vector<Entry>& entries) {
+    return std::any_of(entries.begin(), entries.end(), [](const Entry& e) { return Catalog::isProjectFileName(e.name); });
+}
+
 class ProjectWalker {
 public:
-    explicit ProjectWalker(PendingScan& scan) : scan_(scan) {}
+    ProjectWalker(PendingScan& scan, bool shortReads) : scan_(scan), shortReads_(shortReads) {}
 
-    // `parentTree` is the work tree of the folder's parent: a folder holding its own ".git"
-    // starts a new one, any other shares it, so no folder is looked up twice.
-    void walk(const std::string& folder, const std::vector<Entry>& entries, int depth,
+    // `folder` is open on `fd`. `parentTree` is the work tree of the folder's parent: a folder
+    // holding its own ".git" starts a new one, any other shares it, so no folder is looked up twice.
+    void walk(int fd, const std::string& folder, const std::vector<Entry>& entries, int depth,
               const std::optional<std::string>& parentTree) {
         std::optional<std::string> tree = parentTree;
         for (const auto& e : entries)
             if (e.name == ".git") tree = folder;
-        const auto lower = Catalog::lowerNames(namesOf(entries));
-        for (const BuildStack s : Catalog::recognizeStacks(lower))
-            if (std::find(scan_.stacks.begin(), scan_.stacks.end(), s) == scan_.stacks.end()) scan_.stacks.push_back(s);
-        for (const auto& n : lower)
-            if (n.ends_with(".xcodeproj") || n.ends_with(".xcworkspace")) scan_.xcodeSeen = true;
-
-        const auto rows = Catalog::applicablePatterns(lower, false);
-        if (!rows.empty()) {
-            for (const Pattern* row : rows) {
+        if (namesProjectFiles(entries)) {
+            const auto lower = Catalog::lowerNames(namesOf(entries));
+            for (const BuildStack s : Catalog::recognizeStacks(lower))
+                if (std::find(scan_.stacks.begin(), scan_.stacks.end(), s) == scan_.stacks.end()) scan_.stacks.push_back(s);
+            for (const auto& n : lower)
+                if (n.ends_with(".xcodeproj") || n.ends_with(".xcworkspace")) scan_.xcodeSeen = true;
+            for (const Pattern* row : Catalog::applicablePatterns(lower, false)) {
                 std::vector<std::string> found;
-                expand(folder, row->components, 0, &entries, listings_, found);
+                expand(fd, folder, {}, row->components, 0, &entries, listings_, shortReads_, found);
                 for (auto& p : found)
                     scan_.candidates.push_back({std::move(p), folder, row, tree.has_value(), tree.value_or("")});
             }
@@ -147,13 +213,14 @@ public:
             if (e.isFolder && !Catalog::walkSkips(e.name)) children.push_back(&e);
         std::sort(children.begin(), children.end(), [](const Entry* a, const Entry* b) { return a->name < b->name; });
         for (const Entry* e : children) {
-            const std::string child = join(folder, e->name);
-            if (const auto listed = listEntries(child)) walk(child, *listed, depth + 1, tree);
+            const Fd child = openFolder(fd, e->name.c_str());
+            if (child) walk(child.get(), join(folder, e->name), readEntries(child.get(), shortReads_), depth + 1, tree);
         }
     }
 
 private:
     PendingScan& scan_;
+    bool shortReads_;
     Listings listings_;
 };
 
@@ -177,12 +244,13 @@ void addDerivedDataCandidates(PendingScan& scan, const std::vector<BuildWatchSca
                           (dd.workspacePath.size() > p.size() && dd.workspacePath.starts_with(p) &&
                            (p == "/" || dd.workspacePath[p.size()] == '/'));
         if (!ours) continue;
-        const auto entries = listEntries(dd.path);
-        if (!entries) continue;
+        const Fd fd = openFolder(AT_FDCWD, dd.path.c_str());
+        if (!fd) continue;
+        const auto entries = readEntries(fd.get(), false);
         Listings listings;
-        for (const Pattern* row : Catalog::applicablePatterns(namesOf(*entries), true)) {
+        for (const Pattern* row : Catalog::applicablePatterns(namesOf(entries), true)) {
             std::vector<std::string> found;
-            expand(dd.path, row->components, 0, &*entries, listings, found);
+            expand(fd.get(), dd.path, {}, row->components, 0, &entries, listings, false, found);
             for (auto& f : found) scan.candidates.push_back({std::move(f), dd.path, row, false, ""});
         }
     }
@@ -218,65 +286,6 @@ void measureInto(SizeCache& sizes, const std::vector<std::string>& paths, Deadli
     const auto results = FolderMeasure::measureMany(missing, options);
     for (std::size_t i = 0; i < missing.size(); ++i) sizes[missing[i]] = results[i].bytes;
 }
-
-// Measures folders on a thread of its own while the look's walk goes on, so the walk and the
-// measuring (mostly waiting on inodes, on a pool of its own) overlap instead of following each
-// other. Paths are handed over as the walk finds them and measured in batches of whatever has
-// queued meanwhile; `finish` waits for the last and gives every size.
-class MeasureBehind {
-public:
-    explicit MeasureBehind(Deadline deadline) : deadline_(deadline), worker_([this] { run(); }) {}
-    MeasureBehind(const MeasureBehind&) = delete;
-    MeasureBehind& operator=(const MeasureBehind&) = delete;
-    ~MeasureBehind() { stop(); }
-
-    void add(const std::vector<std::string>& paths) {
-        if (paths.empty()) return;
-        {
-            const std::lock_guard lock(mutex_);
-            queue_.insert(queue_.end(), paths.begin(), paths.end());
-        }
-        wake_.notify_one();
-    }
-    [[nodiscard]] SizeCache finish() {
-        stop();
-        return std::move(sizes_);
-    }
-
-private:
-    void stop() {
-        if (!worker_.joinable()) return;
-        {
-            const std::lock_guard lock(mutex_);
-            done_ = true;
-        }
-        wake_.notify_one();
-        worker_.join();
-    }
-    void run() {
-        FolderMeasure::Options options;
-        options.deadline = deadline_;
-        for (;;) {
-            std::vector<std::string> batch;
-            {
-                std::unique_lock lock(mutex_);
-                wake_.wait(lock, [&] { return done_ || !queue_.empty(); });
-                if (queue_.empty()) return;
-                batch.swap(queue_);
-            }
-            const auto results = FolderMeasure::measureMany(batch, options);
-            for (std::size_t i = 0; i < batch.size(); ++i) sizes_[batch[i]] = results[i].bytes;
-        }
-    }
-
-    Deadline deadline_;
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    std::vector<std::string> queue_;
-    bool done_ = false;
-    SizeCache sizes_; // written by the worker only, read after it has ended
-    std::thread worker_; // last: starts once everything above exists
-};
 
 // Turns the kept candidates of every scan into measured, sorted targets. `sizes` holds
 // folders measured already.
@@ -314,8 +323,9 @@ std::vector<BuildWatchScanner::ProjectScan> finish(std::vector<PendingScan>& pen
 // The work tree each parent folder lies in, looked up once for all the projects beside each other.
 using TreeOfParent = std::unordered_map<std::string, std::optional<std::string>>;
 
-// Walks one project folder that was listed already.
-PendingScan walkProject(const std::string& project, const std::vector<Entry>& entries, const std::string& home,
+// Walks one project folder, open on `fd` and listed already.
+PendingScan walkProject(const std::string& project, int fd, const std::vector<Entry>& entries, bool shortReads,
+                        const std::string& home,
                         const std::optional<std::vector<BuildWatchScanner::DerivedDataFolder>>& derived,
                         TreeOfParent& trees) {
     PendingScan scan;
@@ -328,7 +338,7 @@ PendingScan walkProject(const std::string& project, const std::vector<Entry>& en
         if (it == trees.end()) it = trees.emplace(parent, GitIgnoreCheck::workTreeOf(parent)).first;
         tree = it->second;
     }
-    ProjectWalker(scan).walk(project, entries, 0, tree);
+    ProjectWalker(scan, shortReads).walk(fd, project, entries, 0, tree);
     if (scan.xcodeSeen) addDerivedDataCandidates(scan, derived ? *derived : BuildWatchScanner::listDerivedData(home));
     return scan;
 }
@@ -339,10 +349,12 @@ BuildWatchScanner::ProjectScan BuildWatchScanner::scanProject(const std::string&
                                                               const std::optional<std::vector<DerivedDataFolder>>& derived,
                                                               bool measure) {
     const std::string project = Catalog::standardizedPath(projectIn);
-    const auto entries = listEntries(project);
-    if (!entries) return ProjectScan{{}, {}, accessDenied(project)};
+    const Fd fd = openFolder(AT_FDCWD, project.c_str());
+    if (!fd) return ProjectScan{{}, {}, accessDenied(project)};
+    const bool shortReads = shortReadsEndListings(project);
     TreeOfParent trees;
-    std::vector<PendingScan> pending{walkProject(project, *entries, home, derived, trees)};
+    std::vector<PendingScan> pending{
+        walkProject(project, fd.get(), readEntries(fd.get(), shortReads), shortReads, home, derived, trees)};
     keepIgnoredOnly(pending);
     return std::move(finish(pending, measure, std::nullopt).front());
 }
@@ -361,72 +373,107 @@ std::vector<BuildWatchScanner::DerivedDataFolder> BuildWatchScanner::listDerived
     return out;
 }
 
+namespace {
+
+// One look's walk over the search roots: depth first, children in name order, never into a
+// project. Each project found is walked at once and its outermost matching folders go to the
+// measuring queue, so they are measured on the helper threads while the walk goes on.
+class LookWalk {
+public:
+    LookWalk(const std::set<std::string>& watched, const std::string& home,
+             const std::vector<BuildWatchScanner::DerivedDataFolder>& derived,
+             std::chrono::steady_clock::time_point deadline, FolderMeasureQueue& measuring,
+             BuildWatchScanner::LookResult& result)
+        : watched_(watched), home_(home), homeFolders_(Catalog::homeFolders(home)), derived_(derived),
+          deadline_(deadline), measuring_(measuring), result_(result) {}
+
+    [[nodiscard]] const Catalog::HomeFolders& homeFolders() const { return homeFolders_; }
+
+    // Walks a standardised root; false once the deadline has ended the look.
+    bool walkRoot(const std::string& root) {
+        shortReads_ = shortReadsEndListings(root);
+        step(AT_FDCWD, root, root.c_str(), 0);
+        return !result_.reachedDeadline;
+    }
+
+    std::vector<PendingScan> pending;
+    std::vector<std::vector<Candidate>> outer; // each pending project's outermost matches
+
+private:
+    // `path` (standardised) is `name` relative to the folder open on `parentFd`.
+    void step(int parentFd, const std::string& path, const char* name, int depth) {
+        if (std::chrono::steady_clock::now() >= deadline_) {
+            result_.reachedDeadline = true;
+            return;
+        }
+        if (!visited_.insert(path).second) return;
+        const Fd fd = openFolder(parentFd, name);
+        if (!fd) {
+            if (deniedErrno(errno)) result_.refusedFolders.push_back(path);
+            return;
+        }
+        const auto entries = readEntries(fd.get(), shortReads_);
+        const bool isProject =
+            std::any_of(entries.begin(), entries.end(), [](const Entry& e) { return e.name == ".git"; }) ||
+            namesProjectFiles(entries);
+        if (isProject && !Catalog::isBlockedStandardizedFolder(path, homeFolders_)) {
+            if (!watched_.contains(path)) {
+                pending.push_back(walkProject(path, fd.get(), entries, shortReads_, home_, derived_, trees_));
+                outer.push_back(outermost(pending.back().candidates));
+                std::vector<std::string> paths;
+                for (const auto& c : outer.back()) paths.push_back(c.path);
+                measuring_.add(paths, shortReads_);
+            }
+            return;
+        }
+        if (depth >= 5) return;
+        std::vector<const std::string*> children;
+        for (const auto& e : entries)
+            if (e.isFolder && !Catalog::walkSkips(e.name)) children.push_back(&e.name);
+        std::sort(children.begin(), children.end(), [](const std::string* a, const std::string* b) { return *a < *b; });
+        for (const std::string* c : children) {
+            step(fd.get(), join(path, *c), c->c_str(), depth + 1);
+            if (result_.reachedDeadline) return;
+        }
+    }
+
+    const std::set<std::string>& watched_;
+    const std::string& home_;
+    const Catalog::HomeFolders homeFolders_;
+    const std::vector<BuildWatchScanner::DerivedDataFolder>& derived_;
+    const std::chrono::steady_clock::time_point deadline_;
+    FolderMeasureQueue& measuring_;
+    BuildWatchScanner::LookResult& result_;
+    std::unordered_set<std::string> visited_;
+    TreeOfParent trees_;
+    bool shortReads_ = false;
+};
+
+} // namespace
+
 BuildWatchScanner::LookResult BuildWatchScanner::lookForProjects(const std::vector<std::string>& roots,
                                                                  const std::set<std::string>& watched,
                                                                  const std::string& home, std::chrono::seconds budget,
                                                                  std::int64_t minimumBytes) {
     const auto deadline = std::chrono::steady_clock::now() + budget;
     const auto derived = listDerivedData(home);
-    const auto homeFolders = Catalog::homeFolders(home);
     LookResult result;
-    std::unordered_set<std::string> visited;
-    std::vector<PendingScan> pending;
-    std::vector<std::vector<Candidate>> outer; // each pending project's outermost matches
-    TreeOfParent trees;
-    MeasureBehind measuring(deadline);
-
-    struct Step {
-        std::string path;
-        int depth;
-    };
+    FolderMeasureQueue measuring(FolderMeasureQueue::defaultHelpers(), deadline);
+    LookWalk walk(watched, home, derived, deadline, measuring, result);
     for (const auto& rootIn : roots) {
         const std::string root = Catalog::standardizedPath(rootIn);
-        if (Catalog::isBlockedFolder(root, homeFolders) && !Catalog::isExactOnlyHomeFolder(root, homeFolders)) continue;
-        // Depth first, children in name order, as a recursive walk would go.
-        std::vector<Step> stack{{root, 0}};
-        while (!stack.empty()) {
-            if (std::chrono::steady_clock::now() >= deadline) {
-                result.reachedDeadline = true;
-                break;
-            }
-            const Step step = std::move(stack.back());
-            stack.pop_back();
-            if (!visited.insert(step.path).second) continue;
-            errno = 0;
-            const auto entries = listEntries(step.path);
-            if (!entries) {
-                if (deniedErrno(errno)) result.refusedFolders.push_back(step.path);
-                continue;
-            }
-            bool isProject = false;
-            for (const auto& e : *entries)
-                if (e.name == ".git") isProject = true;
-            if (!isProject) isProject = !Catalog::recognizeStacks(namesOf(*entries)).empty();
-            if (isProject && !Catalog::isBlockedFolder(step.path, homeFolders)) {
-                if (!watched.contains(step.path)) {
-                    pending.push_back(walkProject(step.path, *entries, home, derived, trees));
-                    outer.push_back(outermost(pending.back().candidates));
-                    std::vector<std::string> paths;
-                    for (const auto& c : outer.back()) paths.push_back(c.path);
-                    measuring.add(paths);
-                }
-                continue;
-            }
-            if (step.depth >= 5) continue;
-            std::vector<std::string> children;
-            for (const auto& e : *entries)
-                if (e.isFolder && !Catalog::walkSkips(e.name)) children.push_back(e.name);
-            std::sort(children.begin(), children.end(), std::greater<>());
-            for (const auto& c : children) stack.push_back({join(step.path, c), step.depth + 1});
-        }
-        if (result.reachedDeadline) break;
+        if (Catalog::isBlockedFolder(root, walk.homeFolders()) && !Catalog::isExactOnlyHomeFolder(root, walk.homeFolders()))
+            continue;
+        if (!walk.walkRoot(root)) break;
     }
+    std::vector<PendingScan>& pending = walk.pending;
+    const std::vector<std::vector<Candidate>>& outer = walk.outer;
 
     // Every matching folder is measured (behind the walk) before git is asked: a project whose matches
     // all together stay under the minimum can't become a suggestion whatever git says, so its
     // repository costs no git process. The kept targets are pairwise apart and each lies in
     // one of the outermost matches, so this sum bounds theirs.
-    SizeCache sizes = measuring.finish();
+    SizeCache sizes = measuring.finish(); // the calling thread joins the helpers for what is left
     std::vector<PendingScan> big;
     for (std::size_t i = 0; i < pending.size(); ++i) {
         std::int64_t bound = 0;

@@ -49,7 +49,9 @@ public:
     [[nodiscard]] static std::vector<DerivedDataFolder> listDerivedData(const std::string& home);
 
     // Walks the roots (to depth 5, never into a project) for projects not in `watched` whose
-    // targets come to at least `minimumBytes`. Ends with what it has after `budget`.
+    // targets come to at least `minimumBytes`. Ends with what it has after `budget`. The walk
+    // runs on the calling thread; what it finds is measured meanwhile on helper threads of its
+    // own (one fewer than the cores, at least one), which the caller joins once the walk ends.
     [[nodiscard]] static LookResult lookForProjects(const std::vector<std::string>& roots,
                                                     const std::set<std::string>& watched, const std::string& home,
                                                     std::chrono::seconds budget = std::chrono::seconds(300),

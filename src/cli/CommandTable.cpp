@@ -18,6 +18,7 @@ int runOldProjects(const std::vector<std::string>& args);
 int runLeftovers(const std::vector<std::string>& args);
 int runAutopilot(const std::vector<std::string>& args);
 int runHistory(const std::vector<std::string>& args);
+int runDiagnostics(const std::vector<std::string>& args);
 
 const std::vector<CliCommand>& commands() {
     static const std::vector<CliCommand> table{
@@ -32,6 +33,7 @@ const std::vector<CliCommand>& commands() {
         {"projects", "projects [--json] PATH... | --look [--json]", "the build folders Build Watch would measure in each project, or the projects it would suggest", runProjects},
         {"autopilot", "autopilot preview [--json] [--scope children|recursive] FOLDER SENTENCE | autopilot list [--json]", "what a folder rule would clean now, or the saved folder rules", runAutopilot},
         {"history", "history [--json]", "everything History holds, newest first, and whether each Trash move can still be put back", runHistory},
+        {"diagnostics", "diagnostics [--json]", "the crash and hang reports saved on this computer, newest first", runDiagnostics},
     };
     return table;
 }

@@ -28,6 +28,8 @@
 #include "core/qt/Settings.h"
 #include "core/qt/VolumeWatcher.h"
 #include "core/qt/WatchRequests.h"
+#include "diagnostics/qt/DiagnosticsModel.h"
+#include "diagnostics/qt/Updater.h"
 #include "duplicates/qt/DuplicatesModel.h"
 #include "foundation/ByteText.h"
 #include "guidance/Celebration.h"
@@ -144,6 +146,8 @@ void AppModel::buildRooms() {
     guidance_ = new GuidanceModel(ctx, this);
     putBack_ = new PutBackModel(ctx, this);
     buildWatch_ = new BuildWatchModel(ctx, this);
+    diagnostics_ = new DiagnosticsModel(ctx, this);
+    updater_ = new Updater(ctx, this);
 }
 
 // How the rooms hear of each other: the shell's wiring, so no feature knows another.

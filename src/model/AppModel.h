@@ -26,6 +26,7 @@ class ActivityLog;
 class AppClock;
 class CleanRun;
 class CueBus;
+class DiagnosticsModel;
 class DuplicatesModel;
 class FolderAccessModel;
 class FolderRulesModel;
@@ -43,6 +44,7 @@ class SortRulesModel;
 class SpaceMapModel;
 class SpaceStatus;
 class StorageSurveyModel;
+class Updater;
 class VolumeWatcher;
 class WatchRequests;
 
@@ -53,25 +55,7 @@ class WatchRequests;
 // feature's state. GUI thread only.
 class AppModel : public QObject {
     Q_OBJECT
-    Q_MOC_INCLUDE("core/qt/Messages.h")
-    Q_MOC_INCLUDE("core/qt/Settings.h")
-    Q_MOC_INCLUDE("core/qt/FolderAccessModel.h")
-    Q_MOC_INCLUDE("core/qt/ActivityLog.h")
-    Q_MOC_INCLUDE("core/qt/WatchRequests.h")
-    Q_MOC_INCLUDE("clean/qt/CleanRun.h")
-    Q_MOC_INCLUDE("space/qt/SpaceStatus.h")
-    Q_MOC_INCLUDE("space/qt/LowSpaceModel.h")
-    Q_MOC_INCLUDE("space/qt/StorageSurveyModel.h")
-    Q_MOC_INCLUDE("clean/qt/SmartCleanModel.h")
-    Q_MOC_INCLUDE("duplicates/qt/DuplicatesModel.h")
-    Q_MOC_INCLUDE("space/qt/SpaceMapModel.h")
-    Q_MOC_INCLUDE("sort/qt/SortRulesModel.h")
-    Q_MOC_INCLUDE("sort/qt/AutoSortModel.h")
-    Q_MOC_INCLUDE("autopilot/qt/FolderRulesModel.h")
-    Q_MOC_INCLUDE("arrange/qt/ArrangeLive.h")
-    Q_MOC_INCLUDE("guidance/qt/GuidanceModel.h")
-    Q_MOC_INCLUDE("restore/qt/PutBackModel.h")
-    Q_MOC_INCLUDE("buildwatch/qt/BuildWatchModel.h")
+    Q_MOC_INCLUDE("model/AppRooms.h") // every room, complete, for the properties below
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool loadLiveData READ loadLiveData CONSTANT)
@@ -105,6 +89,8 @@ class AppModel : public QObject {
     Q_PROPERTY(bv::GuidanceModel* guidance MEMBER guidance_ CONSTANT)
     Q_PROPERTY(bv::PutBackModel* putBack MEMBER putBack_ CONSTANT)
     Q_PROPERTY(bv::BuildWatchModel* buildWatch MEMBER buildWatch_ CONSTANT)
+    Q_PROPERTY(bv::DiagnosticsModel* diagnostics MEMBER diagnostics_ CONSTANT)
+    Q_PROPERTY(bv::Updater* updater MEMBER updater_ CONSTANT)
 
 public:
     // `loadLiveData` false gives a model that reads and writes nothing and starts nothing.
@@ -237,6 +223,8 @@ private:
     GuidanceModel* guidance_ = nullptr;
     PutBackModel* putBack_ = nullptr;
     BuildWatchModel* buildWatch_ = nullptr;
+    DiagnosticsModel* diagnostics_ = nullptr;
+    Updater* updater_ = nullptr;
 
     bool didStart_ = false;
     bool isRefreshing_ = false;

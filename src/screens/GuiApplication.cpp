@@ -1,6 +1,7 @@
 #include "screens/GuiApplication.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
@@ -9,7 +10,9 @@
 #include <QTimer>
 
 #include "model/AppModel.h"
+#include "screens/DesktopShell.h"
 #include "core/qt/SingleInstance.h"
+#include "screens/DiagnosticsSetup.h"
 #include "guidance/qt/CuePlayer.h"
 #include "guidance/qt/GuidanceModel.h"
 
@@ -17,6 +20,16 @@ void qml_register_types_Brimvale_Core();
 void qml_register_types_Brimvale();
 
 namespace bv {
+
+void registerQmlModules(AppModel& model) {
+    AppModel::setQmlInstance(&model);
+    static const bool registered = [] {
+        qml_register_types_Brimvale_Core();
+        qml_register_types_Brimvale(); // the screens' own C++ controls (HoldToConfirm)
+        return true;
+    }();
+    (void)registered;
+}
 
 QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
     // Symbol icons come from the desktop's theme; without one (a bare session, offscreen
@@ -30,13 +43,7 @@ QQuickWindow* loadMainWindow(QQmlApplicationEngine& engine, AppModel& model) {
         QIcon::setThemeSearchPaths(paths);
         QIcon::setThemeName(QStringLiteral("Adwaita"));
     }
-    AppModel::setQmlInstance(&model);
-    static const bool registered = [] {
-        qml_register_types_Brimvale_Core();
-        qml_register_types_Brimvale(); // the screens' own C++ controls (HoldToConfirm)
-        return true;
-    }();
-    (void)registered;
+    registerQmlModules(model);
     engine.addImportPath(QStringLiteral("qrc:/"));
     engine.load(QUrl(QStringLiteral("qrc:/Brimvale/Main.qml")));
     if (engine.rootObjects().isEmpty()) return nullptr;
@@ -52,27 +59,29 @@ int runGuiApplication(int argc, char** argv) {
     QApplication::setOrganizationName(QStringLiteral("Brimvale"));
     QApplication::setDesktopFileName(QStringLiteral("brimvale"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("brimvale"), QIcon::fromTheme("drive-harddisk")));
-    // The window keeps running in the tray when closed once the tray icon exists; until
-    // then closing the last window quits.
     if (qEnvironmentVariableIsEmpty("QT_QUICK_CONTROLS_STYLE")) QQuickStyle::setStyle(QStringLiteral("Basic"));
+    // The screens draw with Qt Quick's software renderer: a GL driver, once loaded, stays
+    // mapped and resident for the life of the process (about 70 MB with Mesa's), which a
+    // program idling in the tray all day should not carry. Nothing on our screens needs GL.
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND") && qEnvironmentVariableIsEmpty("QSG_RHI_BACKEND"))
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 
     AppModel model(AppModel::liveDataFromEnvironment());
+    installDiagnostics(model); // crash handler, hang watchdog, reports left by a crash
     CuePlayer cuePlayer; // the cues are heard only in the desktop program
     model.room<GuidanceModel>()->setSoundOutput(&cuePlayer);
     model.start();
 
-    QQmlApplicationEngine engine;
-    QQuickWindow* window = loadMainWindow(engine, model);
+    // The window lives only while shown; the tray item and its status stay (DesktopShell).
+    QApplication::setQuitOnLastWindowClosed(false);
+    DesktopShell shell(model, QDBusConnection::sessionBus());
+    if (!qEnvironmentVariableIsSet("BV_EXIT_AFTER_FIRST_FRAME")) (void)shell.startTray();
+    QQuickWindow* window = shell.showMainWindow();
     if (!window) return 1;
     // For the start-up benchmark: quit as soon as the first frame has been drawn.
     if (qEnvironmentVariableIsSet("BV_EXIT_AFTER_FIRST_FRAME"))
         QObject::connect(window, &QQuickWindow::frameSwapped, &app, [] { QCoreApplication::exit(0); },
                          Qt::QueuedConnection);
-    QObject::connect(&model, &AppModel::raiseWindowRequested, window, [window] {
-        window->show();
-        window->raise();
-        window->requestActivate();
-    });
     // Later starts hand their links and folders over the instance socket.
     SingleInstance instance;
     if (!qEnvironmentVariableIsSet("BV_EXIT_AFTER_FIRST_FRAME")) {

@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import QtQml.Models
+import Brimvale
 import Brimvale.Core
 
 // The main window: the sidebar on the left, the selected section on the right.
@@ -47,6 +48,16 @@ ApplicationWindow {
         AppModel.openCleanupPreview()
     }
 
+    // The settings window, made on first use; the tray's "Settings" calls this too.
+    property Window settingsWindow: null
+    function openSettings() {
+        if (!settingsWindow) settingsWindow = settingsComponent.createObject(window)
+        settingsWindow.show()
+        settingsWindow.raise()
+        settingsWindow.requestActivate()
+    }
+    Component { id: settingsComponent; SettingsWindow {} }
+
     Connections {
         target: AppModel
         function onFocusRequested() {
@@ -59,12 +70,21 @@ ApplicationWindow {
         Menu {
             title: "&Brimvale"
             Action { text: "About Brimvale"; onTriggered: aboutDialog.open() }
+            Action { text: "Check for Updates…"; enabled: AppModel.updater.canCheckForUpdates; onTriggered: updateDialog.checkFromMenu() }
+            Action { text: "Settings\u2026"; shortcut: "Ctrl+,"; onTriggered: window.openSettings() }
             MenuSeparator {}
             Action { text: "&Quit"; shortcut: "Ctrl+Q"; onTriggered: Qt.quit() }
         }
         Menu {
             title: "&Help"
             Action { text: "Take the Tour"; onTriggered: AppModel.guidance.takeTheTour() }
+            MenuSeparator {}
+            Action { text: "Copy Version and System Info"; onTriggered: AppModel.diagnostics.copyVersionAndSystemInfo() }
+            Action { text: "Send Diagnostics…"; onTriggered: AppModel.diagnostics.sendDiagnostics() }
+            // The maker's pages, each only where the deployment names it.
+            MenuItem { text: "Brimvale Support"; visible: MakerPages.support.length > 0; height: visible ? implicitHeight : 0; onTriggered: Qt.openUrlExternally(MakerPages.support) }
+            MenuItem { text: "Privacy Policy"; visible: MakerPages.privacy.length > 0; height: visible ? implicitHeight : 0; onTriggered: Qt.openUrlExternally(MakerPages.privacy) }
+            MenuItem { text: "Terms of Use"; visible: MakerPages.terms.length > 0; height: visible ? implicitHeight : 0; onTriggered: Qt.openUrlExternally(MakerPages.terms) }
         }
         Menu {
             id: viewMenu
@@ -147,6 +167,7 @@ ApplicationWindow {
     CelebrationLayer { anchors.fill: parent }
     FirstRunSheet {}
     TourSheet {}
+    UpdateAvailableDialog { id: updateDialog }
 
     MessageDialog {
         id: errorDialog

@@ -6,11 +6,11 @@
 #include "clean/DevCacheScanner.h"
 #include "clean/SmartCleanLayout.h"
 #include "CleanerTestSupport.h"
+#include "support/DevCacheHome.h"
 #include "support/TestEnvironment.h"
 
 using namespace bv;
 using bv::test::makeDir;
-using bv::test::setModified;
 using bv::test::writeFile;
 using bv::test::writeSizedFile;
 namespace fs = std::filesystem;
@@ -23,34 +23,26 @@ const DevScanRow* find(const std::vector<DevScanRow>& rows, const std::string& i
     return nullptr;
 }
 
-// A home with a little of everything the catalogue knows, and a few traps.
+// The shared developer home (npm, pip, two gradle copies, two node versions with a default,
+// a cargo cache linked outside) plus what only the scanner meets: private, hidden and linked
+// ~/.cache children, toolchains, update downloads and review-only folders.
 std::string realisticHome() {
     const std::string home = bv::test::TestEnvironment::freshFolder("dev-home");
-    writeSizedFile(home + "/.npm/_cacache/content-v2/sha512/ab/cd", 300'000);
+    (void)bv::test::writeDevCacheHome(home);
     writeSizedFile(home + "/.cache/npm-tool/blob", 2'000'000);
     writeSizedFile(home + "/.cache/auth-tokens/t", 10);
     writeSizedFile(home + "/.cache/.hidden/x", 10);
     writeSizedFile(home + "/.cache/huggingface/hub/model.bin", 5'000);
     writeFile(home + "/.cache/CACHEDIR.TAG", "Signature: 8a477f597d28d172789f06886806bc55");
     fs::create_directory_symlink(home + "/.cache/npm-tool", home + "/.cache/link-to-tool");
-    for (const char* dist : {"gradle-8.4-bin", "gradle-8.5-bin"}) writeSizedFile(home + "/.gradle/wrapper/dists/" + dist + "/g.zip", 50'000);
-    setModified(home + "/.gradle/wrapper/dists/gradle-8.4-bin", 1'600'000'000);
-    setModified(home + "/.gradle/wrapper/dists/gradle-8.5-bin", 1'700'000'000);
     writeSizedFile(home + "/.expo/web-cache/a", 100);
     writeFile(home + "/.expo/state.json", "{}");
-    for (const char* v : {"v18.19.0", "v20.11.1"}) writeSizedFile(home + "/.nvm/versions/node/" + v + "/bin/node", 80'000);
-    writeFile(home + "/.nvm/alias/default", "20\n");
     for (const char* t : {"stable-x86_64-unknown-linux-gnu", "nightly-x86_64-unknown-linux-gnu"})
         writeSizedFile(home + "/.rustup/toolchains/" + t + "/lib/x.so", 40'000);
     writeFile(home + "/.rustup/settings.toml", "default_toolchain = \"stable\"\n");
     writeSizedFile(home + "/Library/Caches/com.tinyspeck.slackmacgap.ShipIt/update.zip", 20'000);
     writeSizedFile(home + "/Library/Caches/com.example.Foo/x", 20'000);
     writeSizedFile(home + "/.ollama/models/blobs/sha", 70'000);
-    // A cache folder that is a link to somewhere outside the home.
-    const std::string outside = bv::test::TestEnvironment::freshFolder("outside-cargo");
-    writeSizedFile(outside + "/crate.tar", 10'000);
-    makeDir(home + "/.cargo/registry");
-    fs::create_directory_symlink(outside, home + "/.cargo/registry/cache");
     return home;
 }
 

@@ -23,6 +23,16 @@ DevScanRow row(const std::string& id, const std::string& relative, std::int64_t 
     return r;
 }
 
+// One line per card: what a card shows, so a whole layout compares in one assertion.
+std::vector<std::string> cardLines(const std::vector<SmartCleanLayout::Card>& cards) {
+    std::vector<std::string> out;
+    for (const auto& c : cards)
+        out.push_back(c.id + " | " + c.title + " | rows " + std::to_string(c.rows.size()) + ", hidden " +
+                      std::to_string(c.hiddenCount) + ", small " + std::to_string(c.smallRows.size()) + " | " +
+                      std::to_string(c.totalBytes) + " | " + c.safety + " | " + c.keptLine.value_or("-"));
+    return out;
+}
+
 } // namespace
 
 TEST(SmartCleanLayout, RecommendedRowsAndTheMillionByteEdge) {
@@ -45,24 +55,13 @@ TEST(SmartCleanLayout, CardsGroupByFamilyWithSmallRowsAndSafety) {
     rows.back().selectable = false;
     rows.back().blockedReason = "This is the version you use every day. It stays.";
 
-    const auto hidden = SmartCleanLayout::cards(rows, false);
-    ASSERT_EQ(hidden.size(), 3u);
-    EXPECT_EQ(hidden[0].id, "node");
-    EXPECT_EQ(hidden[0].totalBytes, 9'000'000);
-    EXPECT_EQ(hidden[0].keptLine, "The version you use every day stays.");
-    EXPECT_EQ(hidden[0].safety, "Moves to Trash");
-    EXPECT_EQ(hidden[1].id, "other-cache");
-    EXPECT_EQ(hidden[1].title, "Tool caches (~/.cache)");
-    EXPECT_EQ(hidden[1].hiddenCount, 1);
-    EXPECT_TRUE(hidden[1].smallRows.empty());
-    EXPECT_EQ(hidden[1].safety, "Comes back automatically");
-    EXPECT_EQ(hidden[2].id, "yarn");
-    ASSERT_EQ(hidden[2].rows.size(), 1u) << "exactly 1,000,000 bytes is large";
-    EXPECT_EQ(hidden[2].hiddenCount, 1) << "999,999 bytes is small";
-    EXPECT_EQ(hidden[2].totalBytes, 1'999'999);
-
-    const auto shown = SmartCleanLayout::cards(rows, true);
-    EXPECT_EQ(shown[2].smallRows.size(), 1u);
+    // Exactly 1,000,000 bytes is large and 999,999 small; the blocked version counts nothing.
+    EXPECT_EQ(cardLines(SmartCleanLayout::cards(rows, false)),
+              (std::vector<std::string>{
+                  "node | Node | rows 1, hidden 0, small 0 | 9000000 | Moves to Trash | The version you use every day stays.",
+                  "other-cache | Tool caches (~/.cache) | rows 1, hidden 1, small 0 | 4000010 | Comes back automatically | -",
+                  "yarn | Yarn | rows 1, hidden 1, small 0 | 1999999 | Comes back automatically | -"}));
+    EXPECT_EQ(SmartCleanLayout::cards(rows, true)[2].smallRows.size(), 1u);
 }
 
 TEST(SmartCleanLayout, SelectedRowsBecomeEntriesOrRefusals) {

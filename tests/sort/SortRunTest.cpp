@@ -7,9 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
-#include <sstream>
 
 #include "core/AppPersistence.h"
 #include "foundation/CalendarContext.h"
@@ -22,6 +20,7 @@
 #include "sort/SortPreview.h"
 #include "sort/SortRuleStore.h"
 #include "sort/ZipArchiver.h"
+#include "support/ShellAndMounts.h"
 #include "support/TestEnvironment.h"
 
 using namespace bv;
@@ -31,22 +30,9 @@ namespace {
 
 const CalendarContext kCalendar("en_US", "Europe/Berlin");
 
-std::string readAll(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
+std::string readAll(const std::string& path) { return readWholeFile(path).value_or(""); }
 
-std::string run(const std::string& command) {
-    std::string out;
-    if (FILE* pipe = ::popen(command.c_str(), "r")) {
-        char buffer[512];
-        while (size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, n);
-        if (::pclose(pipe) != 0) out += "\n(failed)";
-    }
-    return out;
-}
+std::string run(const std::string& command) { return runCommand(command).output; }
 
 void setModified(const std::string& path, TimePoint t) {
     const auto s = epochSeconds(t);

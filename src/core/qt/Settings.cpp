@@ -100,6 +100,22 @@ void Settings::setPlaySounds(bool on) {
     cues_.play("toggle", 0.224);
 }
 
+void Settings::setDefaultFolderScheduleName(const QString& name) {
+    if (const auto schedule = cleanScheduleFromName(name.toStdString())) setDefaultFolderSchedule(*schedule);
+}
+
+QString Settings::defaultFolderScheduleName() const {
+    const std::string_view name = cleanScheduleName(value_.defaultFolderSchedule);
+    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+void Settings::setLowSpaceUnitName(const QString& name) {
+    for (const LowSpaceUnit unit : {LowSpaceUnit::gigabytes, LowSpaceUnit::percent})
+        if (name == QLatin1String(bv::lowSpaceUnitName(unit))) setLowSpaceUnit(unit);
+}
+
+QString Settings::lowSpaceUnitName() const { return QLatin1String(bv::lowSpaceUnitName(value_.lowSpaceUnit)); }
+
 QString Settings::loginItemStatus() const {
     switch (LoginItemService::live().status()) {
     case LoginItemService::Status::enabled: return QStringLiteral("enabled");

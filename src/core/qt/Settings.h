@@ -19,8 +19,24 @@ class Settings : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Settings belong to AppModel.")
-    Q_PROPERTY(bool playSounds READ playSounds WRITE setPlaySounds NOTIFY changed)
+    // Every field the settings window edits. Each WRITE is the field's setter, so a figure out
+    // of range comes back clamped; the enumerations travel as their JSON names.
+    Q_PROPERTY(bool nodeModulesPermanent READ nodeModulesPermanent WRITE setNodeModulesPermanent NOTIFY changed)
+    Q_PROPERTY(qint64 nodeModulesUntouchedDays READ nodeModulesUntouchedDays WRITE setNodeModulesUntouchedDays
+                   NOTIFY changed)
+    Q_PROPERTY(bool menuBarShowsFreeSpace READ menuBarShowsFreeSpace WRITE setMenuBarShowsFreeSpace NOTIFY changed)
+    Q_PROPERTY(bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY changed)
+    // "off", "hourly", "daily" or "weekly"; an unknown name changes nothing.
+    Q_PROPERTY(QString defaultFolderSchedule READ defaultFolderScheduleName WRITE setDefaultFolderScheduleName
+                   NOTIFY changed)
     Q_PROPERTY(bool alertsEnabled READ alertsEnabled WRITE setAlertsEnabled NOTIFY changed)
+    // "gigabytes" or "percent"; an unknown name changes nothing.
+    Q_PROPERTY(QString lowSpaceUnit READ lowSpaceUnitName WRITE setLowSpaceUnitName NOTIFY changed)
+    Q_PROPERTY(qint64 lowSpaceGigabytes READ lowSpaceGigabytes WRITE setLowSpaceGigabytes NOTIFY changed)
+    Q_PROPERTY(qint64 lowSpacePercent READ lowSpacePercent WRITE setLowSpacePercent NOTIFY changed)
+    Q_PROPERTY(bool alertWhenBelowEither READ alertWhenBelowEither WRITE setAlertWhenBelowEither NOTIFY changed)
+    Q_PROPERTY(bool lowSpaceRemindDaily READ lowSpaceRemindDaily WRITE setLowSpaceRemindDaily NOTIFY changed)
+    Q_PROPERTY(bool playSounds READ playSounds WRITE setPlaySounds NOTIFY changed)
 
 public:
     // `live` false: the record stays at its defaults and nothing is written.
@@ -46,8 +62,21 @@ public:
     // "enabled", "requiresApproval" or "off", as the autostart entry stands.
     Q_INVOKABLE QString loginItemStatus() const;
 
-    [[nodiscard]] bool playSounds() const { return value_.playSounds; }
+    void setDefaultFolderScheduleName(const QString& name);
+    void setLowSpaceUnitName(const QString& name);
+
+    [[nodiscard]] bool nodeModulesPermanent() const { return value_.nodeModulesPermanent; }
+    [[nodiscard]] qint64 nodeModulesUntouchedDays() const { return value_.nodeModulesUntouchedDays; }
+    [[nodiscard]] bool menuBarShowsFreeSpace() const { return value_.menuBarShowsFreeSpace; }
+    [[nodiscard]] bool launchAtLogin() const { return value_.launchAtLogin; }
+    [[nodiscard]] QString defaultFolderScheduleName() const;
     [[nodiscard]] bool alertsEnabled() const { return value_.alertsEnabled; }
+    [[nodiscard]] QString lowSpaceUnitName() const;
+    [[nodiscard]] qint64 lowSpaceGigabytes() const { return value_.lowSpaceGigabytes; }
+    [[nodiscard]] qint64 lowSpacePercent() const { return value_.lowSpacePercent; }
+    [[nodiscard]] bool alertWhenBelowEither() const { return value_.alertWhenBelowEither; }
+    [[nodiscard]] bool lowSpaceRemindDaily() const { return value_.lowSpaceRemindDaily; }
+    [[nodiscard]] bool playSounds() const { return value_.playSounds; }
 
 signals:
     void changed();
