@@ -28,6 +28,7 @@
 #include "core/qt/Settings.h"
 #include "core/qt/VolumeWatcher.h"
 #include "core/qt/WatchRequests.h"
+#include "core/qt/WhenDone.h"
 #include "diagnostics/qt/DiagnosticsModel.h"
 #include "diagnostics/qt/Updater.h"
 #include "duplicates/qt/DuplicatesModel.h"
@@ -292,10 +293,10 @@ void AppModel::refresh() {
         auto coverage = coverageOf(files, standing, now);
         return Listed{std::move(files), std::move(coverage)};
     });
-    snapshot.then(this, [this, desk, down](VolumeSnapshot s) mutable {
+    whenDone(snapshot, this, [this, desk, down](VolumeSnapshot s) mutable {
         applySnapshot(s);
-        desk.then(this, [this, down](Listed d) mutable {
-            down.then(this, [this, d = std::move(d)](Listed w) mutable {
+        whenDone(desk, this, [this, down](Listed d) mutable {
+            whenDone(down, this, [this, d = std::move(d)](Listed w) mutable {
                 d.second.merge(w.second);
                 space_->applyFileLists(std::move(d.first), std::move(w.first), std::move(d.second));
                 QTimer::singleShot(0, folderAccess_, &FolderAccessModel::recompute);

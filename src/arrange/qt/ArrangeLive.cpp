@@ -16,6 +16,7 @@
 #include "core/qt/FeatureContext.h"
 #include "core/qt/NotificationCenter.h"
 #include "core/qt/QtText.h"
+#include "core/qt/WhenDone.h"
 #include "platform/XdgPaths.h"
 #include "sort/RuleMatcher.h"
 #include "sort/RuleRunEngine.h"
@@ -121,14 +122,15 @@ void ArrangeLive::startSweep() {
         return;
     }
     QPointer<ArrangeLive> self(this);
-    QtConcurrent::run([downloads = downloads_, desktop = desktop_, calendar = ctx_.calendar, rules = rules_,
+    auto work = QtConcurrent::run([downloads = downloads_, desktop = desktop_, calendar = ctx_.calendar, rules = rules_,
                        tracker = tracker_, leftAlone = leftAlone_, now = ctx_.clock.now()] {
         QThread::currentThread()->setPriority(QThread::LowPriority);
         const RuleRunEngine engine(downloads, desktop, calendar);
         auto outcome = runArrangeSweep(downloads, rules, tracker, leftAlone, now, engine);
         QThread::currentThread()->setPriority(QThread::NormalPriority);
         return outcome;
-    }).then(this, [self](ArrangeSweepOutcome outcome) {
+    });
+    whenDone(work, this, [self](ArrangeSweepOutcome outcome) {
         if (self) self->finishSweep(std::move(outcome));
     });
 }
@@ -192,14 +194,15 @@ void ArrangeLive::previewPattern(const QString& glob) {
     const SortRule draft = makeArrangeRule(glob.toStdString(), *pattern, {}, ctx_.clock.now());
     QPointer<ArrangeLive> self(this);
     const QString description = q(describeNamePattern(*pattern));
-    QtConcurrent::run([downloads = downloads_, draft, now = ctx_.clock.now()] {
+    auto work = QtConcurrent::run([downloads = downloads_, draft, now = ctx_.clock.now()] {
         const RuleMatcher matcher(draft);
         std::vector<std::string> names;
         for (const FileSample& s : finishedDownloads(gatherSamples(downloads, SortPlace::downloads, true, now)))
             if (matcher.matches(s, now)) names.push_back(s.name);
         std::sort(names.begin(), names.end());
         return names;
-    }).then(this, [self, token = previewToken_, description](std::vector<std::string> names) {
+    });
+    whenDone(work, this, [self, token = previewToken_, description](std::vector<std::string> names) {
         if (!self || token != self->previewToken_) return;
         QStringList shown;
         for (std::size_t i = 0; i < names.size() && i < kPreviewRows; ++i) shown << q(names[i]);
@@ -217,10 +220,11 @@ void ArrangeLive::arrangeNow(const QString& ruleID, const QStringList& paths) {
     std::set<std::string> chosen;
     for (const QString& p : paths) chosen.insert(p.toStdString());
     QPointer<ArrangeLive> self(this);
-    QtConcurrent::run([downloads = downloads_, desktop = desktop_, calendar = ctx_.calendar, pattern = *rule, chosen,
+    auto work = QtConcurrent::run([downloads = downloads_, desktop = desktop_, calendar = ctx_.calendar, pattern = *rule, chosen,
                        now = ctx_.clock.now()] {
         return bv::arrangeNow(downloads, pattern, chosen, now, RuleRunEngine(downloads, desktop, calendar));
-    }).then(this, [self, id = rule->id](ArrangeSweepOutcome outcome) {
+    });
+    whenDone(work, this, [self, id = rule->id](ArrangeSweepOutcome outcome) {
         if (!self) return;
         const bool found = !outcome.moved.empty() || !outcome.errors.empty();
         self->notes_[id] = arrange_text::arrangeNowResult(outcome.moved.size(), found);

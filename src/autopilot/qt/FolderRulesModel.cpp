@@ -15,6 +15,7 @@
 #include "core/qt/NotificationCenter.h"
 #include "core/qt/QtText.h"
 #include "core/qt/Settings.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 
 namespace bv {
@@ -123,18 +124,18 @@ void FolderRulesModel::continueToPreview() {
     previewToken_ = Uuid::generate();
     const Uuid token = previewToken_;
     QPointer<FolderRulesModel> self(this);
-    (void)QtConcurrent::run([rule, now, home] { return FolderRuleRunner::plan(rule, now, home); })
-        .then(this, [self, token](std::optional<CleanupPlan> plan) {
-            if (!self || token != self->previewToken_) return;
-            if (!plan) {
-                self->ctx_.messages.setErrorMessage(std::string("Choose a folder first."));
-                return;
-            }
-            std::int64_t bytes = 0;
-            for (const auto& e : plan->entries) bytes += e.bytes;
-            self->previewed_ = {static_cast<std::int64_t>(plan->entries.size()), bytes};
-            (void)self->ctx_.presentPlan(std::move(*plan), CleanupSheetMode::saveFolderRule);
-        });
+    auto work = QtConcurrent::run([rule, now, home] { return FolderRuleRunner::plan(rule, now, home); });
+    whenDone(work, this, [self, token](std::optional<CleanupPlan> plan) {
+        if (!self || token != self->previewToken_) return;
+        if (!plan) {
+            self->ctx_.messages.setErrorMessage(std::string("Choose a folder first."));
+            return;
+        }
+        std::int64_t bytes = 0;
+        for (const auto& e : plan->entries) bytes += e.bytes;
+        self->previewed_ = {static_cast<std::int64_t>(plan->entries.size()), bytes};
+        (void)self->ctx_.presentPlan(std::move(*plan), CleanupSheetMode::saveFolderRule);
+    });
 }
 
 void FolderRulesModel::confirmRule() {
@@ -185,26 +186,26 @@ void FolderRulesModel::startRun(std::vector<FolderWatchRule> rules) {
     env.logsFolder = ctx_.folders.logs;
     const TimePoint now = ctx_.clock.now();
     QPointer<FolderRulesModel> self(this);
-    (void)QtConcurrent::run([rules = std::move(rules), now, env] { return AutopilotRun::run(rules, now, env); })
-        .then(this, [self](AutopilotRun::Result result) {
-            if (!self) return;
-            FolderRulesModel& m = *self;
-            m.running_ = false;
-            emit m.runningChanged();
-            if (m.ctx_.messages.banner() == std::optional<std::string>(AutopilotRun::kRunningStatus))
-                m.ctx_.messages.setBanner(std::nullopt);
-            auto updated = m.rules_;
-            for (auto& r : updated)
-                for (const auto& id : result.turnedOff)
-                    if (r.id == id) r.isEnabled = false;
-            m.setFolderRules(std::move(updated));
-            std::vector<ActionLogEntry> logs = result.cleaned.logs;
-            for (const auto& s : result.skips) logs.push_back(s.log);
-            if (!logs.empty()) m.ctx_.log.addLogEntries(logs);
-            if (result.freedMessage)
-                m.ctx_.notifications.postNotification(q(AutopilotRun::kFreedTitle), q(*result.freedMessage));
-            for (const auto& s : result.skips) m.ctx_.notifications.postNotification(q(AutopilotRun::kSkipTitle), q(s.text));
-        });
+    auto work = QtConcurrent::run([rules = std::move(rules), now, env] { return AutopilotRun::run(rules, now, env); });
+    whenDone(work, this, [self](AutopilotRun::Result result) {
+        if (!self) return;
+        FolderRulesModel& m = *self;
+        m.running_ = false;
+        emit m.runningChanged();
+        if (m.ctx_.messages.banner() == std::optional<std::string>(AutopilotRun::kRunningStatus))
+            m.ctx_.messages.setBanner(std::nullopt);
+        auto updated = m.rules_;
+        for (auto& r : updated)
+            for (const auto& id : result.turnedOff)
+                if (r.id == id) r.isEnabled = false;
+        m.setFolderRules(std::move(updated));
+        std::vector<ActionLogEntry> logs = result.cleaned.logs;
+        for (const auto& s : result.skips) logs.push_back(s.log);
+        if (!logs.empty()) m.ctx_.log.addLogEntries(logs);
+        if (result.freedMessage)
+            m.ctx_.notifications.postNotification(q(AutopilotRun::kFreedTitle), q(*result.freedMessage));
+        for (const auto& s : result.skips) m.ctx_.notifications.postNotification(q(AutopilotRun::kSkipTitle), q(s.text));
+    });
 }
 
 QVariantList FolderRulesModel::rulesForQml() const {

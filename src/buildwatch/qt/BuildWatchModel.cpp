@@ -13,6 +13,7 @@
 #include "core/qt/Messages.h"
 #include "core/qt/QtText.h"
 #include "core/qt/Settings.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 
 namespace bv {
@@ -92,9 +93,10 @@ void BuildWatchModel::startDraft(const QString& pathIn, bool fromLink) {
     const Uuid token = draftToken_ = Uuid::generate();
     QPointer<BuildWatchModel> self(this);
     // Links resolved and the path standardised (what exists of it), off the GUI thread.
-    (void)QtConcurrent::run([path] {
+    auto work = QtConcurrent::run([path] {
         return BuildWatchCatalog::standardizedPath(path);
-    }).then(this, [self, token, fromLink](std::string resolved) {
+    });
+    whenDone(work, this, [self, token, fromLink](std::string resolved) {
         if (self && token == self->draftToken_)
             self->openDraft(resolved, fromLink);
     });
@@ -114,9 +116,10 @@ void BuildWatchModel::openDraft(const std::string& path, bool fromLink) {
     const Uuid token = draftToken_;
     const std::string home = ctx_.folders.home;
     QPointer<BuildWatchModel> self(this);
-    (void)QtConcurrent::run([path, home] {
+    auto work = QtConcurrent::run([path, home] {
         return BuildWatchScanner::scanProject(path, home, std::nullopt, true);
-    }).then(this, [self, token, path](BuildWatchScanner::ProjectScan scan) {
+    });
+    whenDone(work, this, [self, token, path](BuildWatchScanner::ProjectScan scan) {
         if (!self || token != self->draftToken_ || !self->draft_ || self->draft_->path != path)
             return;
         Service::applyDraftScan(*self->draft_, scan, self->ctx_.folders.home);

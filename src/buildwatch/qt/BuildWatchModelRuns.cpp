@@ -16,6 +16,7 @@
 #include "core/qt/NotificationCenter.h"
 #include "core/qt/QtText.h"
 #include "core/qt/Settings.h"
+#include "core/qt/WhenDone.h"
 
 namespace bv {
 namespace {
@@ -74,14 +75,15 @@ void BuildWatchModel::runDue() {
     const std::string version =
         CleanupManifest::versionText(QCoreApplication::applicationVersion().toStdString(), "");
     QPointer<BuildWatchModel> self(this);
-    (void)QtConcurrent::run([state = state_, env, logs, version]() mutable {
+    auto work = QtConcurrent::run([state = state_, env, logs, version]() mutable {
         DueOutcome out{std::move(state), {}};
         out.result = BuildWatchRun::run(out.state, env);
         if (out.result.cleanerRan && !logs.empty())
             (void)CleanupManifest::write("build-watch", out.result.logs, out.result.failures, env.now, logs,
                                          version);
         return out;
-    }).then(this, [self, due](DueOutcome out) {
+    });
+    whenDone(work, this, [self, due](DueOutcome out) {
         if (!self)
             return;
         BuildWatchModel& m = *self;
@@ -120,9 +122,10 @@ void BuildWatchModel::scanInPool(const QString& idText,
     // The targets are measured afresh: what the screen shows is what is on disk now.
     const std::string path = w->path, home = ctx_.folders.home;
     QPointer<BuildWatchModel> self(this);
-    (void)QtConcurrent::run([path, home] {
+    auto work = QtConcurrent::run([path, home] {
         return BuildWatchScanner::scanProject(path, home, std::nullopt, true);
-    }).then(this, [self, id = *uuid, then = std::move(then)](BuildWatchScanner::ProjectScan scan) {
+    });
+    whenDone(work, this, [self, id = *uuid, then = std::move(then)](BuildWatchScanner::ProjectScan scan) {
         if (!self)
             return;
         self->busyIDs_.erase(id);
@@ -200,10 +203,11 @@ void BuildWatchModel::lookForProjects(bool force) {
     for (const auto& w : state_.watches)
         watched.insert(w.path);
     QPointer<BuildWatchModel> self(this);
-    (void)QtConcurrent::run([named = searchRoots_, watched, home] {
+    auto work = QtConcurrent::run([named = searchRoots_, watched, home] {
         const auto roots = named ? *named : BuildWatchScanner::searchRoots(home, {}, true);
         return BuildWatchScanner::lookForProjects(roots, watched, home);
-    }).then(this, [self](BuildWatchScanner::LookResult look) {
+    });
+    whenDone(work, this, [self](BuildWatchScanner::LookResult look) {
         if (!self)
             return;
         BuildWatchModel& m = *self;

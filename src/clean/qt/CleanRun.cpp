@@ -19,6 +19,7 @@
 #include "core/qt/NotificationCenter.h"
 #include "core/qt/QtText.h"
 #include "core/qt/Settings.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 
 namespace bv {
@@ -142,7 +143,7 @@ void CleanRun::runNext() {
     QFuture<Cleaner::ListResult> task = QtConcurrent::run(QThreadPool::globalInstance(), [entry, home, env] {
         return Cleaner(env).applyList({entry}, home);
     });
-    task.then(this, [this, i, n](Cleaner::ListResult result) {
+    whenDone(task, this, [this, i, n](Cleaner::ListResult result) {
         if (!run_) return;
         Run& run = *run_;
         const CleanupEntry& done = run.entries[i];

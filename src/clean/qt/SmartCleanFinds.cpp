@@ -12,6 +12,7 @@
 #include "core/qt/KeyedListModel.h"
 #include "core/qt/QtText.h"
 #include "core/qt/Settings.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/AsciiCase.h"
 #include "foundation/ByteText.h"
 #include "foundation/Uuid.h"
@@ -70,14 +71,14 @@ void SmartCleanFinds::scanLeftovers(std::function<void()> done) {
     const std::string home = ctx_.folders.home;
     const AppLeftovers::Options options = leftoverOptions_;
     QPointer<SmartCleanFinds> self(this);
-    (void)QtConcurrent::run([home, options] { return AppLeftovers::scan(home, options).findings; })
-        .then(this, [self, done = std::move(done)](std::vector<OrphanFinding> findings) {
-            if (!self) return;
-            self->leftoversScanning_ = false;
-            self->setLeftoverResult(std::move(findings));
-            emit self->scanningChanged();
-            if (done) done();
-        });
+    auto work = QtConcurrent::run([home, options] { return AppLeftovers::scan(home, options).findings; });
+    whenDone(work, this, [self, done = std::move(done)](std::vector<OrphanFinding> findings) {
+        if (!self) return;
+        self->leftoversScanning_ = false;
+        self->setLeftoverResult(std::move(findings));
+        emit self->scanningChanged();
+        if (done) done();
+    });
 }
 
 void SmartCleanFinds::scanProjects() {
@@ -97,15 +98,15 @@ void SmartCleanFinds::scanProjects() {
     emit progressText(q(OldProjectScanner::kScanning));
     const std::string home = ctx_.folders.home;
     QPointer<SmartCleanFinds> self(this);
-    (void)QtConcurrent::run([paths, home] { return OldProjectScanner::scan(paths, home, {}).hits; })
-        .then(this, [self](std::vector<NodeModuleHit> hits) {
-            if (!self) return;
-            self->projectsScanning_ = false;
-            self->setProjectResult(std::move(hits));
-            emit self->scanningChanged();
-            emit self->progressText(QString());
-            if (std::exchange(self->projectsAgain_, false)) self->scanProjects();
-        });
+    auto work = QtConcurrent::run([paths, home] { return OldProjectScanner::scan(paths, home, {}).hits; });
+    whenDone(work, this, [self](std::vector<NodeModuleHit> hits) {
+        if (!self) return;
+        self->projectsScanning_ = false;
+        self->setProjectResult(std::move(hits));
+        emit self->scanningChanged();
+        emit self->progressText(QString());
+        if (std::exchange(self->projectsAgain_, false)) self->scanProjects();
+    });
 }
 
 void SmartCleanFinds::addRoot(const QString& path) {

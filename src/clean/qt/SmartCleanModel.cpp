@@ -11,6 +11,7 @@
 #include "core/qt/FeatureContext.h"
 #include "core/qt/KeyedListModel.h"
 #include "core/qt/QtText.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 
 namespace bv {
@@ -74,19 +75,19 @@ void SmartCleanModel::scan() {
     setProgress(QStringLiteral("Scanning developer caches\u2026"));
     const std::string home = ctx_.folders.home;
     const DevCacheScanner::Options options = scanOptions_;
-    QtConcurrent::run([home, options] { return DevCacheScanner::scan(home, options); })
-        .then(this, [this](DevCacheScanner::Result result) {
-            setScanResult(std::move(result));
-            setProgress(q(AppLeftovers::kScanning));
-            finds_->scanLeftovers([this] {
-                setScanning(false);
-                setProgress(followingProgress_);
-                ctx_.cues.play("ready", 0.322);
-                emit scanFinished();
-                ctx_.cues.reevaluate();
-                finds_->scanProjects();
-            });
+    auto work = QtConcurrent::run([home, options] { return DevCacheScanner::scan(home, options); });
+    whenDone(work, this, [this](DevCacheScanner::Result result) {
+        setScanResult(std::move(result));
+        setProgress(q(AppLeftovers::kScanning));
+        finds_->scanLeftovers([this] {
+            setScanning(false);
+            setProgress(followingProgress_);
+            ctx_.cues.play("ready", 0.322);
+            emit scanFinished();
+            ctx_.cues.reevaluate();
+            finds_->scanProjects();
         });
+    });
 }
 
 // Cards and rows are handed to the lists whole after each change; the lists pass on only

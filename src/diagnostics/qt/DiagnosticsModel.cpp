@@ -15,6 +15,7 @@
 
 #include "core/qt/FeatureContext.h"
 #include "core/qt/QtText.h"
+#include "core/qt/WhenDone.h"
 #include "diagnostics/CrashHandler.h"
 #include "diagnostics/DeploymentConfig.h"
 #include "diagnostics/DiagnosticsStore.h"
@@ -56,21 +57,21 @@ void DiagnosticsModel::refreshCount() {
     if (directory_.isEmpty()) return;
     const quint64 token = ++countToken_;
     QPointer<DiagnosticsModel> self(this);
-    QtConcurrent::run([dir = directory_.toStdString()] { return static_cast<int>(DiagnosticsStore(dir).count()); })
-        .then(this, [self, token](int count) {
-            if (!self || token != self->countToken_ || count == self->reportCount_) return;
-            self->reportCount_ = count;
-            emit self->reportCountChanged();
-        });
+    auto work = QtConcurrent::run([dir = directory_.toStdString()] { return static_cast<int>(DiagnosticsStore(dir).count()); });
+    whenDone(work, this, [self, token](int count) {
+        if (!self || token != self->countToken_ || count == self->reportCount_) return;
+        self->reportCount_ = count;
+        emit self->reportCountChanged();
+    });
 }
 
 void DiagnosticsModel::collectPendingCrashes() {
     if (directory_.isEmpty()) return;
     QPointer<DiagnosticsModel> self(this);
-    QtConcurrent::run([dir = directory_.toStdString()] { return CrashHandler::collectPending(DiagnosticsStore(dir)); })
-        .then(this, [self](int collected) {
-            if (self && collected > 0) self->refreshCount();
-        });
+    auto work = QtConcurrent::run([dir = directory_.toStdString()] { return CrashHandler::collectPending(DiagnosticsStore(dir)); });
+    whenDone(work, this, [self](int collected) {
+        if (self && collected > 0) self->refreshCount();
+    });
 }
 
 void DiagnosticsModel::sendDiagnostics() {
@@ -82,14 +83,15 @@ void DiagnosticsModel::sendDiagnostics() {
     QPointer<DiagnosticsModel> self(this);
     // The listing and the deployment files are read on a worker; the folder is made so
     // there is one to show even before the first report.
-    QtConcurrent::run([asked = std::move(request)] {
+    auto work = QtConcurrent::run([asked = std::move(request)] {
         DiagnosticsMailer::Request ready = asked;
         const DiagnosticsStore store(ready.directory.toStdString());
         (void)makeDirectories(store.directory(), 0700);
         for (const auto& path : store.list()) ready.reports << q(path);
         ready.address = q(DeploymentConfig::load().supportEmail);
         return ready;
-    }).then(this, [self](const DiagnosticsMailer::Request& ready) {
+    });
+    whenDone(work, this, [self](const DiagnosticsMailer::Request& ready) {
         if (self) self->mailer_->send(ready);
     });
 }

@@ -10,9 +10,10 @@
 #include "core/qt/KeyedListModel.h"
 #include "core/qt/Messages.h"
 #include "core/qt/QtText.h"
-#include "foundation/CalendarContext.h"
+#include "core/qt/WhenDone.h"
 #include "duplicates/DuplicateScanner.h"
 #include "foundation/ByteText.h"
+#include "foundation/CalendarContext.h"
 
 namespace bv {
 namespace {
@@ -120,14 +121,15 @@ void DuplicatesModel::startScan() {
     const auto progress = scanProgress_;
     poll_.start();
     QPointer<DuplicatesModel> self(this);
-    QtConcurrent::run([roots, minimum, flag, progress] {
+    auto work = QtConcurrent::run([roots, minimum, flag, progress] {
         // Utility priority: the scan yields to the user's own work.
         QThread::currentThread()->setPriority(QThread::LowPriority);
         DuplicateScanner scanner(minimum, *flag, *progress);
         auto groups = scanner.run(roots);
         QThread::currentThread()->setPriority(QThread::NormalPriority);
         return groups;
-    }).then(this, [self, token, flag](std::vector<DuplicateGroup> groups) {
+    });
+    whenDone(work, this, [self, token, flag](std::vector<DuplicateGroup> groups) {
         if (self) self->finishScan(token, flag, std::move(groups));
     });
 }

@@ -14,11 +14,12 @@
 #include "core/UserDefaults.h"
 #include "core/qt/ActivityLog.h"
 #include "core/qt/AppClock.h"
+#include "core/qt/CueBus.h"
 #include "core/qt/FolderAccessModel.h"
 #include "core/qt/KeyedListModel.h"
 #include "core/qt/QtText.h"
 #include "core/qt/Settings.h"
-#include "core/qt/CueBus.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 #include "guidance/FirstRunClean.h"
 #include "guidance/FirstRunItems.h"
@@ -150,7 +151,7 @@ void GuidanceModel::startFirstRunScan() {
     const TimePoint now = ctx_.clock.now();
     const bool live = ctx_.live;
     QPointer<GuidanceModel> self(this);
-    QtConcurrent::run([home, downloads, now, live] {
+    auto work = QtConcurrent::run([home, downloads, now, live] {
         std::vector<FirstRunItem> items;
         if (!live) return items;
         items = FirstRunItems::fromDeveloperRows(DevCacheScanner::scan(home).rows);
@@ -168,7 +169,8 @@ void GuidanceModel::startFirstRunScan() {
         const auto fromDownloads = FirstRunItems::fromDownloads(samples, downloads, now);
         items.insert(items.end(), fromDownloads.begin(), fromDownloads.end());
         return items;
-    }).then(this, [self, token](std::vector<FirstRunItem> items) {
+    });
+    whenDone(work, this, [self, token](std::vector<FirstRunItem> items) {
         if (!self || token != self->scanToken_) return;
         self->flow_.scanFinished(std::move(items));
         self->updateItems();
@@ -216,9 +218,10 @@ bool GuidanceModel::confirmFirstClean() {
     const TimePoint now = ctx_.clock.now();
     ctx_.cues.play("loading", 0.266);
     QPointer<GuidanceModel> self(this);
-    QtConcurrent::run([chosen, home, logs, version, now] {
+    auto work = QtConcurrent::run([chosen, home, logs, version, now] {
         return FirstRunClean::run(chosen, home, logs, version, now);
-    }).then(this, [self](FirstRunClean::Result result) {
+    });
+    whenDone(work, this, [self](FirstRunClean::Result result) {
         if (!self) return;
         if (!result.logs.empty()) {
             self->ctx_.log.addLogEntries(result.logs);

@@ -10,6 +10,7 @@
 #include "core/qt/AppClock.h"
 #include "core/qt/FeatureContext.h"
 #include "core/qt/QtText.h"
+#include "core/qt/WhenDone.h"
 #include "platform/SafeFileSystem.h"
 #include "restore/PutBack.h"
 
@@ -93,27 +94,27 @@ void PutBackModel::start(std::vector<ActionLogEntry> entries) {
     const std::string home = ctx_.folders.home;
     const std::size_t asked = entries.size();
     QPointer<PutBackModel> self(this);
-    QtConcurrent::run([entries = std::move(entries), home] { return putBackAll(entries, home); })
-        .then(this, [self, asked](RunResult r) {
-            if (!self) return;
-            PutBackModel& m = *self;
-            if (!r.logs.empty()) m.ctx_.log.addLogEntries(r.logs);
-            QString text;
-            if (asked == 1 && r.failures.empty()) text = QStringLiteral("Put back “%1”.").arg(q(r.firstName));
-            else if (asked == 1) text = q(r.failures.front());
-            else if (r.failures.empty()) text = QStringLiteral("Put back %1.").arg(items(r.logs.size()));
-            else {
-                text = QStringLiteral("Put back %1 of %2. ").arg(r.logs.size()).arg(items(asked)) + q(r.failures.front());
-                if (r.failures.size() > 1) text += QStringLiteral(" %1 need attention.").arg(items(r.failures.size()));
-            }
-            for (const auto& folder : r.remade)
-                text += QStringLiteral(" The folder “%1” was gone, so it was made again.").arg(q(folder));
-            m.setMessage(text, !r.failures.empty());
-            m.busy_ = false;
-            emit m.busyChanged();
-            emit m.finished();
-            m.refresh();
-        });
+    auto work = QtConcurrent::run([entries = std::move(entries), home] { return putBackAll(entries, home); });
+    whenDone(work, this, [self, asked](RunResult r) {
+        if (!self) return;
+        PutBackModel& m = *self;
+        if (!r.logs.empty()) m.ctx_.log.addLogEntries(r.logs);
+        QString text;
+        if (asked == 1 && r.failures.empty()) text = QStringLiteral("Put back “%1”.").arg(q(r.firstName));
+        else if (asked == 1) text = q(r.failures.front());
+        else if (r.failures.empty()) text = QStringLiteral("Put back %1.").arg(items(r.logs.size()));
+        else {
+            text = QStringLiteral("Put back %1 of %2. ").arg(r.logs.size()).arg(items(asked)) + q(r.failures.front());
+            if (r.failures.size() > 1) text += QStringLiteral(" %1 need attention.").arg(items(r.failures.size()));
+        }
+        for (const auto& folder : r.remade)
+            text += QStringLiteral(" The folder “%1” was gone, so it was made again.").arg(q(folder));
+        m.setMessage(text, !r.failures.empty());
+        m.busy_ = false;
+        emit m.busyChanged();
+        emit m.finished();
+        m.refresh();
+    });
 }
 
 void PutBackModel::refresh() {
@@ -121,24 +122,24 @@ void PutBackModel::refresh() {
     const auto token = token_;
     auto log = ctx_.log.logEntries();
     QPointer<PutBackModel> self(this);
-    QtConcurrent::run([log = std::move(log)] { return PutBack::states(log); })
-        .then(this, [self, token](std::map<Uuid, PutBack::State> states) {
-            if (!self || token != self->token_) return; // a newer look has started
-            QHash<QString, int> next;
-            for (const auto& [id, state] : states) next.insert(q(id.text()), static_cast<int>(state));
-            if (next == self->states_) return;
-            self->states_ = std::move(next);
-            self->statesMap_.clear();
-            for (auto it = self->states_.cbegin(); it != self->states_.cend(); ++it) self->statesMap_.insert(it.key(), it.value());
-            // Each clean's entries still in the Trash, newest first: the button goes on the first.
-            std::map<Uuid, std::vector<QString>> runs;
-            for (const auto& e : self->ctx_.log.logEntries())
-                if (e.runID && self->stateOf(q(e.id.text())) == Available) runs[*e.runID].push_back(q(e.id.text()));
-            self->runButtons_.clear();
-            for (const auto& [run, ids] : runs)
-                if (ids.size() >= 2) self->runButtons_.insert(ids.front(), QStringLiteral("Put back all %1 items").arg(ids.size()));
-            emit self->statesChanged();
-        });
+    auto work = QtConcurrent::run([log = std::move(log)] { return PutBack::states(log); });
+    whenDone(work, this, [self, token](std::map<Uuid, PutBack::State> states) {
+        if (!self || token != self->token_) return; // a newer look has started
+        QHash<QString, int> next;
+        for (const auto& [id, state] : states) next.insert(q(id.text()), static_cast<int>(state));
+        if (next == self->states_) return;
+        self->states_ = std::move(next);
+        self->statesMap_.clear();
+        for (auto it = self->states_.cbegin(); it != self->states_.cend(); ++it) self->statesMap_.insert(it.key(), it.value());
+        // Each clean's entries still in the Trash, newest first: the button goes on the first.
+        std::map<Uuid, std::vector<QString>> runs;
+        for (const auto& e : self->ctx_.log.logEntries())
+            if (e.runID && self->stateOf(q(e.id.text())) == Available) runs[*e.runID].push_back(q(e.id.text()));
+        self->runButtons_.clear();
+        for (const auto& [run, ids] : runs)
+            if (ids.size() >= 2) self->runButtons_.insert(ids.front(), QStringLiteral("Put back all %1 items").arg(ids.size()));
+        emit self->statesChanged();
+    });
 }
 
 void PutBackModel::setMessage(const QString& text, bool refusal) {

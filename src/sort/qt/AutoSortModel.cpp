@@ -13,6 +13,7 @@
 #include "core/qt/NotificationCenter.h"
 #include "core/qt/QtText.h"
 #include "core/qt/Settings.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 #include "sort/CleanupRuleRunner.h"
 #include "sort/SortAutoRun.h"
@@ -102,13 +103,15 @@ void AutoSortModel::beginPreview(Mode mode, std::vector<SortRule> rules, std::st
     if (previewCleanupRule_) {
         const auto& older = rules_.rules();
         const auto found = std::find_if(older.begin(), older.end(), [&](const CleanupRule& r) { return r.id == *previewCleanupRule_; });
-        QtConcurrent::run([older = *found, folder = downloads(), now] {
+        auto work = QtConcurrent::run([older = *found, folder = downloads(), now] {
             return SortPreview::previewCleanupRule(older, folder, now);
-        }).then(this, finish);
+        });
+        whenDone(work, this, finish);
     } else {
-        QtConcurrent::run([shown = previewSortRules_, dl = downloads(), dt = desktop(), now] {
+        auto work = QtConcurrent::run([shown = previewSortRules_, dl = downloads(), dt = desktop(), now] {
             return SortPreview::preview(shown, dl, dt, now);
-        }).then(this, finish);
+        });
+        whenDone(work, this, finish);
     }
 }
 
@@ -193,9 +196,9 @@ bool AutoSortModel::runPreview() {
     if (previewCleanupRule_) {
         const auto& older = rules_.rules();
         const auto found = std::find_if(older.begin(), older.end(), [&](const CleanupRule& r) { return r.id == *previewCleanupRule_; });
-        QtConcurrent::run([runner = CleanupRuleRunner(downloads(), ctx_.calendar), sim = *simulation_, skip = excluded_,
-                           chosen = *found, now] { return runner.apply(sim, skip, chosen, now); })
-            .then(this, finish);
+        auto work = QtConcurrent::run([runner = CleanupRuleRunner(downloads(), ctx_.calendar), sim = *simulation_, skip = excluded_,
+                           chosen = *found, now] { return runner.apply(sim, skip, chosen, now); });
+        whenDone(work, this, finish);
         return true;
     }
     // Saved rules are taken as they stand now: one deleted since the preview leaves its steps alone.
@@ -206,9 +209,10 @@ bool AutoSortModel::runPreview() {
             if (std::any_of(previewSortRules_.begin(), previewSortRules_.end(), [&](const SortRule& r) { return r.id == rule.id; }))
                 rules.push_back(rule);
     }
-    QtConcurrent::run([runner = engine(), sim = *simulation_, skip = excluded_, rules, now] {
+    auto work = QtConcurrent::run([runner = engine(), sim = *simulation_, skip = excluded_, rules, now] {
         return runner.apply(sim, skip, rules, runner.gatherFresh(rules, now), now);
-    }).then(this, finish);
+    });
+    whenDone(work, this, finish);
     return true;
 }
 
@@ -286,7 +290,7 @@ void AutoSortModel::runDue() {
     autoRunInFlight_ = true;
     emit autoRunChanged();
     QPointer<AutoSortModel> self(this);
-    QtConcurrent::run([runner = engine(), dl = downloads(), dt = desktop(), calendar = ctx_.calendar,
+    auto work = QtConcurrent::run([runner = engine(), dl = downloads(), dt = desktop(), calendar = ctx_.calendar,
                        all = std::move(rules), now] {
         QThread::currentThread()->setPriority(QThread::LowPriority);
         std::vector<SortRule> due;
@@ -299,7 +303,8 @@ void AutoSortModel::runDue() {
                                           runner.gatherFresh(result.plan.rules, now), now);
         QThread::currentThread()->setPriority(QThread::NormalPriority);
         return result;
-    }).then(this, [self](AutoRunResult result) {
+    });
+    whenDone(work, this, [self](AutoRunResult result) {
         if (!self) return;
         if (result.plan.rulesChanged) {
             // Only the next runs are taken back: the list may have changed while the run went on.
@@ -329,14 +334,15 @@ void AutoSortModel::refreshSamples() {
     if (!ctx_.live) return;
     samplesToken_ = Uuid::generate();
     QPointer<AutoSortModel> self(this);
-    QtConcurrent::run([dl = downloads(), dt = desktop(), now = ctx_.clock.now()] {
+    auto work = QtConcurrent::run([dl = downloads(), dt = desktop(), now = ctx_.clock.now()] {
         GatheredSamples g;
         g.downloadsReadable = FolderAccess::isReadableFolder(dl);
         g.samples = gatherSamples(dl, SortPlace::downloads, false, now);
         auto more = gatherSamples(dt, SortPlace::desktop, false, now);
         g.samples.insert(g.samples.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
         return g;
-    }).then(this, [self, token = samplesToken_](GatheredSamples g) {
+    });
+    whenDone(work, this, [self, token = samplesToken_](GatheredSamples g) {
         if (!self || token != self->samplesToken_) return;
         self->samples_ = std::move(g.samples);
         self->downloadsReadable_ = g.downloadsReadable;

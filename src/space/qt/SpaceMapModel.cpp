@@ -13,11 +13,12 @@
 #include "core/qt/FeatureContext.h"
 #include "core/qt/KeyedListModel.h"
 #include "core/qt/QtText.h"
-#include "space/SpaceHistory.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 #include "space/DiskMapScanner.h"
 #include "space/DiskMapText.h"
 #include "space/MountedVolumes.h"
+#include "space/SpaceHistory.h"
 #include "space/TreemapLayout.h"
 
 namespace bv {
@@ -134,15 +135,14 @@ void SpaceMapModel::start() {
     options.now = ctx_.clock.now();
     auto cancel = cancel_;
     auto progress = progress_;
-    QtConcurrent::run([root, options, cancel, progress] {
+    auto work = QtConcurrent::run([root, options, cancel, progress] {
         return DiskMapScanner::scan(root, *progress, [cancel] { return cancel->isCancelled(); }, options);
-    }).then(this, [this, token](DiskMap map) {
-        // Always through the event loop, even when the scan finished before this continuation
-        // was attached: start() returns with the scan in flight, whatever its speed.
-        QMetaObject::invokeMethod(this, [this, token, map = std::move(map)]() mutable {
-            if (token != token_) return; // a newer scan has started since
-            applyMap(std::move(map), static_cast<double>(elapsed_.elapsed()) / 1000.0);
-        }, Qt::QueuedConnection);
+    });
+    // The result always arrives through the event loop, so start() returns with the scan in
+    // flight whatever its speed.
+    whenDone(work, this, [this, token](DiskMap map) {
+        if (token != token_) return; // a newer scan has started since
+        applyMap(std::move(map), static_cast<double>(elapsed_.elapsed()) / 1000.0);
     });
 }
 

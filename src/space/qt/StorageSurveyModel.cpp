@@ -11,6 +11,7 @@
 #include "core/qt/FeatureContext.h"
 #include "core/qt/KeyedListModel.h"
 #include "core/qt/QtText.h"
+#include "core/qt/WhenDone.h"
 #include "foundation/ByteText.h"
 #include "platform/PlatformWording.h"
 
@@ -65,16 +66,18 @@ void StorageSurveyModel::survey(bool force) {
     const SurveyPlaces places = places_ ? places_() : SurveyPlaces::current();
     auto progress = progress_;
     auto cancel = cancel_;
-    QtConcurrent::run([places, progress, cancel] {
+    auto work = QtConcurrent::run([places, progress, cancel] {
         return StorageSurvey::measureFolders(places, progress.get(), cancel.get());
-    }).then(this, [this, token, places, progress, cancel](StorageSurvey::Sizes sizes) {
+    });
+    whenDone(work, this, [this, token, places, progress, cancel](StorageSurvey::Sizes sizes) {
         if (token != token_) return; // a newer survey owns the state now
         setProgressTexts(QStringLiteral("Measuring tool files…"), bytesText_);
-        QtConcurrent::run([places, progress, cancel, sizes = std::move(sizes)]() mutable {
+        auto tools = QtConcurrent::run([places, progress, cancel, sizes = std::move(sizes)]() mutable {
             sizes.developer = StorageSurvey::measureDeveloper(places.home, progress.get(), cancel.get());
             auto coverage = StorageSurvey::measureCoverage(places.coverage, places.home, progress.get(), cancel.get());
             return ToolRound{std::move(sizes), std::move(coverage)};
-        }).then(this, [this, token](ToolRound round) {
+        });
+        whenDone(tools, this, [this, token](ToolRound round) {
             if (token != token_) return;
             finish(std::move(round.sizes), std::move(round.coverage));
         });
