@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "buildwatch/BuildWatchCatalog.h"
+#include "buildwatch/FolderListing.h"
 #include "buildwatch/FolderMeasureQueue.h"
 #include "buildwatch/GitIgnoreCheck.h"
 #include "buildwatch/PropertyListReader.h"
@@ -61,32 +62,18 @@ Fd openFolder(int at, const char* path) {
     return Fd(::openat(at, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC | (at == AT_FDCWD ? 0 : O_NOFOLLOW)));
 }
 
-// The entries of an open folder. With `shortReadEnds` the folder's file system is one that
-// fills a listing buffer until the folder ends, so a read that leaves room over was the last
-// and the empty read that would only confirm it is skipped. A read that fails part way keeps
-// what came before.
+// The entries of an open folder, each marked folder or not without following links.
 std::vector<Entry> readEntries(int fd, bool shortReadEnds) {
-    constexpr std::size_t kBuffer = 32 * 1024;
-    thread_local std::vector<char> buffer(kBuffer);
     std::vector<Entry> out;
-    for (;;) {
-        const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        for (ssize_t pos = 0; pos < n;) {
-            const auto* de = reinterpret_cast<const dirent64*>(buffer.data() + pos);
-            pos += de->d_reclen;
-            const char* name = de->d_name;
-            if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
-            Entry entry{name, de->d_type == DT_DIR};
-            if (de->d_type == DT_UNKNOWN) {
-                struct stat st {};
-                entry.isFolder = ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
-            }
-            out.push_back(std::move(entry));
+    forEachEntry(fd, shortReadEnds, [&](const char* name, unsigned char type) {
+        Entry entry{name, type == DT_DIR};
+        if (type == DT_UNKNOWN) {
+            struct stat st {};
+            entry.isFolder = ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
         }
-        if (shortReadEnds && static_cast<std::size_t>(n) + 2048 < buffer.size()) break;
-    }
+        out.push_back(std::move(entry));
+        return true;
+    });
     return out;
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "buildwatch/FolderListing.h"
 #include "space/FolderMeasure.h"
 #include "space/ParallelWalk.h"
 
@@ -37,37 +38,27 @@ public:
 
 private:
     void readFolder(int fd) {
-        thread_local std::vector<char> buffer(32 * 1024);
         std::vector<std::string> folders;
-        for (;;) {
-            const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
-            if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) break;
-            for (ssize_t pos = 0; pos < n;) {
-                const auto* de = reinterpret_cast<const dirent64*>(buffer.data() + pos);
-                pos += de->d_reclen;
-                const char* name = de->d_name;
-                if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
-                if (++entries_ % 32 == 0 && late()) return;
-                unsigned char type = de->d_type;
-                if (type == DT_DIR) {
-                    folders.emplace_back(name);
-                    continue;
-                }
-                if (type == DT_LNK) continue;
-                struct statx sx {};
-                if (::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE | STATX_SIZE | STATX_BLOCKS, &sx) != 0)
-                    continue; // gone since the listing
-                if (S_ISLNK(sx.stx_mode)) continue;
-                if (S_ISDIR(sx.stx_mode)) {
-                    folders.emplace_back(name);
-                    continue;
-                }
-                bytes_ += ParallelWalk::countedSize((sx.stx_mask & STATX_BLOCKS) != 0, static_cast<std::int64_t>(sx.stx_blocks),
-                                                    static_cast<std::int64_t>(sx.stx_size));
+        const bool finished = forEachEntry(fd, shortReads_, [&](const char* name, unsigned char type) {
+            if (++entries_ % 32 == 0 && late()) return false;
+            if (type == DT_DIR) {
+                folders.emplace_back(name);
+                return true;
             }
-            if (shortReads_ && static_cast<std::size_t>(n) + 2048 < buffer.size()) break;
-        }
+            if (type == DT_LNK) return true;
+            struct statx sx {};
+            if (::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE | STATX_SIZE | STATX_BLOCKS, &sx) != 0)
+                return true; // gone since the listing
+            if (S_ISLNK(sx.stx_mode)) return true;
+            if (S_ISDIR(sx.stx_mode)) {
+                folders.emplace_back(name);
+                return true;
+            }
+            bytes_ += ParallelWalk::countedSize((sx.stx_mask & STATX_BLOCKS) != 0, static_cast<std::int64_t>(sx.stx_blocks),
+                                                static_cast<std::int64_t>(sx.stx_size));
+            return true;
+        });
+        if (!finished) return;
         for (const auto& name : folders) {
             const std::size_t mark = path_.size();
             path_.append("/").append(name);
