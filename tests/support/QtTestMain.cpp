@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>
+#ifdef QT_WIDGETS_LIB
+#include <QApplication>
+#endif
 
 #include "core/BrimvaleSettings.h"
 #include "foundation/FileIO.h"
@@ -16,7 +19,12 @@ int main(int argc, char** argv) {
     settings.didCompleteFirstRun = true;
     (void)bv::makeDirectories(bv::XdgPaths::appDataDir());
     (void)bv::writeFileAtomically(bv::XdgPaths::appDataDir() + "/settings.json", bv::encodeJson(settings.toJson()));
+#ifdef QT_WIDGETS_LIB
+    // Where the widgets library is linked, Qt's test helpers take qApp for a QApplication.
+    QApplication app(argc, argv);
+#else
     QGuiApplication app(argc, argv);
+#endif
     ::testing::InitGoogleTest(&argc, argv);
     const int rc = RUN_ALL_TESTS();
     bv::test::removeTree(bv::test::TestEnvironment::root());
