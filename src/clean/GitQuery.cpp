@@ -12,8 +12,11 @@
 
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
+#include <string>
 #include <string_view>
 
 #include "clean/IgnoreRules.h"
@@ -138,9 +141,7 @@ std::optional<TimePoint> looseCommitTime(const std::string& gitDir, const std::s
 
 // Whether a program named `git` could be started from PATH (the C library's default search
 // path when PATH is unset), as posix_spawnp would look for it.
-bool gitOnPath() {
-    const char* path = std::getenv("PATH");
-    const std::string_view dirs = path ? path : "/bin:/usr/bin";
+bool searchPathForGit(std::string_view dirs) {
     std::size_t start = 0;
     for (;;) {
         const auto end = dirs.find(':', start);
@@ -153,6 +154,25 @@ bool gitOnPath() {
         if (end == std::string_view::npos) return false;
         start = end + 1;
     }
+}
+
+// The same answer, kept for a few seconds while PATH stays the same: a look for projects asks
+// once for each repository it meets, and each search costs a stat for every folder in PATH.
+bool gitOnPath() {
+    static std::mutex lock;
+    static std::string lastDirs;
+    static bool lastAnswer = false;
+    static std::chrono::steady_clock::time_point lastAsked;
+    const char* path = std::getenv("PATH");
+    const std::string_view dirs = path ? path : "/bin:/usr/bin";
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard guard(lock);
+    if (lastAsked.time_since_epoch().count() == 0 || dirs != lastDirs || now - lastAsked > std::chrono::seconds(5)) {
+        lastAnswer = searchPathForGit(dirs);
+        lastDirs.assign(dirs);
+        lastAsked = now;
+    }
+    return lastAnswer;
 }
 
 } // namespace
