@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -159,20 +160,20 @@ bool searchPathForGit(std::string_view dirs) {
 // The same answer, kept for a few seconds while PATH stays the same: a look for projects asks
 // once for each repository it meets, and each search costs a stat for every folder in PATH.
 bool gitOnPath() {
+    struct Answer {
+        std::string dirs;
+        bool found;
+        std::chrono::steady_clock::time_point at;
+    };
     static std::mutex lock;
-    static std::string lastDirs;
-    static bool lastAnswer = false;
-    static std::chrono::steady_clock::time_point lastAsked;
+    static std::optional<Answer> last;
     const char* path = std::getenv("PATH");
     const std::string_view dirs = path ? path : "/bin:/usr/bin";
     const auto now = std::chrono::steady_clock::now();
     const std::lock_guard guard(lock);
-    if (lastAsked.time_since_epoch().count() == 0 || dirs != lastDirs || now - lastAsked > std::chrono::seconds(5)) {
-        lastAnswer = searchPathForGit(dirs);
-        lastDirs.assign(dirs);
-        lastAsked = now;
-    }
-    return lastAnswer;
+    if (!last || last->dirs != dirs || now - last->at > std::chrono::seconds(5))
+        last = Answer{std::string(dirs), searchPathForGit(dirs), now};
+    return last->found;
 }
 
 } // namespace
